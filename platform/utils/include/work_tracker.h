@@ -1,0 +1,51 @@
+#ifndef TARVO_UTILS_WORK_TRACKER_H
+#define TARVO_UTILS_WORK_TRACKER_H
+
+// Counts platform work in flight (queued IPC requests, due event-runner tasks, queued deliveries)
+// so that a driver of virtual time can wait until the whole device is quiet.
+//
+// Contract: every Begin() is matched by exactly one End(), possibly on another thread. Work that
+// is queued counts from the moment it is queued, so "quiet" never misses work that is on its way.
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+namespace Tarvo {
+
+class WorkTracker {
+public:
+    static WorkTracker& GetInstance();
+
+    void Begin();
+    void End();
+    int64_t InFlight() const;
+
+    // Waits until no work is in flight; false if that did not happen within the real-time limit.
+    bool WaitQuiet(std::chrono::milliseconds realTimeout);
+
+    // Begin() now, End() when the token dies; movable so it can ride along with queued work.
+    class Token {
+    public:
+        Token();
+        Token(Token&& other) noexcept;
+        Token& operator=(Token&& other) noexcept;
+        Token(const Token&) = delete;
+        Token& operator=(const Token&) = delete;
+        ~Token();
+
+    private:
+        bool active_;
+    };
+
+private:
+    WorkTracker() = default;
+    mutable std::mutex mutex_;
+    std::condition_variable quiet_;
+    int64_t inFlight_ = 0;
+};
+
+}  // namespace Tarvo
+
+#endif  // TARVO_UTILS_WORK_TRACKER_H

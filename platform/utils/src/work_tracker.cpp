@@ -1,0 +1,65 @@
+#include "work_tracker.h"
+
+#include <utility>
+
+namespace Tarvo {
+
+WorkTracker& WorkTracker::GetInstance()
+{
+    // Never destroyed: worker threads may still end work during static destruction.
+    static auto* instance = new WorkTracker();
+    return *instance;
+}
+
+void WorkTracker::Begin()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    ++inFlight_;
+}
+
+void WorkTracker::End()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (--inFlight_ == 0) {
+        quiet_.notify_all();
+    }
+}
+
+int64_t WorkTracker::InFlight() const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return inFlight_;
+}
+
+bool WorkTracker::WaitQuiet(std::chrono::milliseconds realTimeout)
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    return quiet_.wait_for(lock, realTimeout, [this] { return inFlight_ == 0; });
+}
+
+WorkTracker::Token::Token() : active_(true)
+{
+    WorkTracker::GetInstance().Begin();
+}
+
+WorkTracker::Token::Token(Token&& other) noexcept : active_(std::exchange(other.active_, false)) {}
+
+WorkTracker::Token& WorkTracker::Token::operator=(Token&& other) noexcept
+{
+    if (this != &other) {
+        if (active_) {
+            WorkTracker::GetInstance().End();
+        }
+        active_ = std::exchange(other.active_, false);
+    }
+    return *this;
+}
+
+WorkTracker::Token::~Token()
+{
+    if (active_) {
+        WorkTracker::GetInstance().End();
+    }
+}
+
+}  // namespace Tarvo

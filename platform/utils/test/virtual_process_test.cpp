@@ -1,0 +1,80 @@
+#include "virtual_process.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+
+namespace Tarvo {
+namespace {
+using namespace std::chrono_literals;
+
+std::shared_ptr<VirtualProcess> MakeProcess(int32_t pid, const std::string& name)
+{
+    return VirtualProcess::Create({pid, pid + 1000, 7u, 7u, name});
+}
+
+TEST(VirtualProcessTest, ThreadsWorkForTheirProcess)
+{
+    auto app = MakeProcess(100, "app");
+    EXPECT_EQ(VirtualProcess::Current(), VirtualProcess::Host());
+    std::promise<int32_t> seen;
+    ASSERT_TRUE(app->Post([&] { seen.set_value(VirtualProcess::Current()->Pid()); }));
+    EXPECT_EQ(seen.get_future().get(), 100);
+
+    int32_t fromThread = 0;
+    app->StartThread([&] { fromThread = VirtualProcess::Current()->Pid(); }).join();
+    EXPECT_EQ(fromThread, 100);
+    {
+        ScopedProcess scope(app);
+        EXPECT_EQ(VirtualProcess::Current()->Name(), "app");
+    }
+    EXPECT_EQ(VirtualProcess::Current(), VirtualProcess::Host());
+}
+
+TEST(VirtualProcessTest, QueuedWorkCountsUntilItReturns)
+{
+    auto app = MakeProcess(101, "app");
+    std::promise<void> release;
+    auto released = release.get_future().share();
+    ASSERT_TRUE(app->Post([released] { released.wait(); }));
+    EXPECT_FALSE(WorkTracker::GetInstance().WaitQuiet(20ms));
+    release.set_value();
+    EXPECT_TRUE(WorkTracker::GetInstance().WaitQuiet(5s));
+    EXPECT_EQ(WorkTracker::GetInstance().InFlight(), 0);
+}
+
+TEST(VirtualProcessTest, NestedWorkGetsMoreThreads)
+{
+    auto app = MakeProcess(102, "app");
+    std::promise<void> inner;
+    ASSERT_TRUE(app->Post([&] {
+        // A handler waiting on more work of its own process must not starve it.
+        std::promise<void> nested;
+        app->Post([&] { nested.set_value(); });
+        nested.get_future().wait();
+        inner.set_value();
+    }));
+    EXPECT_EQ(inner.get_future().wait_for(5s), std::future_status::ready);
+}
+
+TEST(VirtualProcessTest, KillIsTerminalAndTellsObserversOnce)
+{
+    static std::atomic<int> kills{0};
+    static std::atomic<int32_t> lastPid{0};
+    VirtualProcess::AddKillObserver([](VirtualProcess& killed) {
+        ++kills;
+        lastPid = killed.Pid();
+    });
+    auto app = MakeProcess(103, "app");
+    app->Kill();
+    app->Kill();
+    EXPECT_FALSE(app->IsAlive());
+    EXPECT_EQ(kills, 1);
+    EXPECT_EQ(lastPid, 103);
+    EXPECT_FALSE(app->Post([] {}));
+}
+
+}  // namespace
+}  // namespace Tarvo

@@ -150,8 +150,7 @@ void HiLogOutput::Write(LogRecord record)
     }
 }
 
-int HiLogPrintArgs(LogType type, LogLevel level, unsigned int domain, const char* tag, const char* format,
-                   va_list args)
+int HiLogPrintArgs(LogType type, LogLevel level, unsigned int domain, const char* tag, const char* format, va_list args)
 {
     LogRecord record;
     record.type = type;
@@ -166,14 +165,14 @@ int HiLogPrintArgs(LogType type, LogLevel level, unsigned int domain, const char
     return length;
 }
 
-#define TARVO_HILOG_LEVEL_FUNCTION(name, level)                                              \
-    int HiLog::name(const HiLogLabel& label, const char* format, ...)                        \
-    {                                                                                        \
-        va_list args;                                                                        \
-        va_start(args, format);                                                              \
+#define TARVO_HILOG_LEVEL_FUNCTION(name, level)                                                \
+    int HiLog::name(const HiLogLabel& label, const char* format, ...)                          \
+    {                                                                                          \
+        va_list args;                                                                          \
+        va_start(args, format);                                                                \
         int result = HiLogPrintArgs(label.type, level, label.domain, label.tag, format, args); \
-        va_end(args);                                                                        \
-        return result;                                                                       \
+        va_end(args);                                                                          \
+        return result;                                                                         \
     }
 
 TARVO_HILOG_LEVEL_FUNCTION(Debug, LOG_DEBUG)

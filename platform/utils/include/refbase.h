@@ -81,16 +81,25 @@ public:
     sptr(const sptr& other) : refs_(other.refs_) { Acquire(); }
     sptr(sptr&& other) noexcept : refs_(std::exchange(other.refs_, nullptr)) {}
     template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
-    sptr(const sptr<U>& other) : refs_(other.GetRefPtr()) { Acquire(); }
+    sptr(const sptr<U>& other) : refs_(other.GetRefPtr())
+    {
+        Acquire();
+    }
     template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
-    sptr(sptr<U>&& other) noexcept : refs_(other.ForgetRef()) {}
+    sptr(sptr<U>&& other) noexcept : refs_(other.ForgetRef())
+    {
+    }
     ~sptr() { Release(); }
 
     template <typename... Args>
-    static sptr<T> MakeSptr(Args&&... args) { return sptr<T>(new T(std::forward<Args>(args)...)); }
+    static sptr<T> MakeSptr(Args&&... args)
+    {
+        return sptr<T>(new T(std::forward<Args>(args)...));
+    }
 
     sptr& operator=(const sptr& other) { return Reset(other.refs_); }
-    sptr& operator=(sptr&& other) noexcept {
+    sptr& operator=(sptr&& other) noexcept
+    {
         if (this != &other) {
             Release();
             refs_ = std::exchange(other.refs_, nullptr);
@@ -100,7 +109,10 @@ public:
     sptr& operator=(T* other) { return Reset(other); }
     sptr& operator=(std::nullptr_t) { return Reset(nullptr); }
     template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
-    sptr& operator=(const sptr<U>& other) { return Reset(other.GetRefPtr()); }
+    sptr& operator=(const sptr<U>& other)
+    {
+        return Reset(other.GetRefPtr());
+    }
 
     T* GetRefPtr() const { return refs_; }
     T* operator->() const { return refs_; }
@@ -114,7 +126,10 @@ public:
 
     bool operator==(std::nullptr_t) const { return refs_ == nullptr; }
     template <typename U>
-    bool operator==(const sptr<U>& other) const { return refs_ == other.GetRefPtr(); }
+    bool operator==(const sptr<U>& other) const
+    {
+        return refs_ == other.GetRefPtr();
+    }
     bool operator==(const T* other) const { return refs_ == other; }
 
 private:
@@ -124,17 +139,20 @@ private:
     // Wraps a pointer whose strong reference was already taken (by wptr::promote).
     sptr(T* other, AdoptTag) : refs_(other) {}
 
-    void Acquire() {
+    void Acquire()
+    {
         if (refs_ != nullptr) {
             static_cast<const RefBase*>(refs_)->IncStrongRef(this);
         }
     }
-    void Release() {
+    void Release()
+    {
         if (refs_ != nullptr) {
             static_cast<const RefBase*>(refs_)->DecStrongRef(this);
         }
     }
-    sptr& Reset(T* other) {
+    sptr& Reset(T* other)
+    {
         if (other != nullptr) {
             static_cast<const RefBase*>(other)->IncStrongRef(this);
         }
@@ -154,32 +172,42 @@ public:
     wptr(T* other) { Set(other); }
     wptr(const sptr<T>& other) { Set(other.GetRefPtr()); }
     template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
-    wptr(const sptr<U>& other) { Set(other.GetRefPtr()); }
+    wptr(const sptr<U>& other)
+    {
+        Set(other.GetRefPtr());
+    }
     wptr(const wptr& other) { Copy(other.ptr_, other.counter_); }
     template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
-    wptr(const wptr<U>& other) { Copy(other.ptr_, other.counter_); }
+    wptr(const wptr<U>& other)
+    {
+        Copy(other.ptr_, other.counter_);
+    }
     ~wptr() { Drop(); }
 
-    wptr& operator=(const wptr& other) {
+    wptr& operator=(const wptr& other)
+    {
         if (this != &other) {
             Drop();
             Copy(other.ptr_, other.counter_);
         }
         return *this;
     }
-    wptr& operator=(const sptr<T>& other) {
+    wptr& operator=(const sptr<T>& other)
+    {
         Drop();
         Set(other.GetRefPtr());
         return *this;
     }
-    wptr& operator=(T* other) {
+    wptr& operator=(T* other)
+    {
         Drop();
         Set(other);
         return *this;
     }
 
     // A strong reference if the object is still alive, otherwise null.
-    sptr<T> promote() const {
+    sptr<T> promote() const
+    {
         if (ptr_ == nullptr || !counter_->AttemptIncStrong()) {
             return nullptr;
         }
@@ -198,21 +226,24 @@ private:
     template <typename U>
     friend class wptr;
 
-    void Set(T* other) {
+    void Set(T* other)
+    {
         ptr_ = other;
         counter_ = other != nullptr ? static_cast<const RefBase*>(other)->GetRefCounter() : nullptr;
         if (counter_ != nullptr) {
             counter_->IncWeak();
         }
     }
-    void Copy(T* ptr, RefCounter* counter) {
+    void Copy(T* ptr, RefCounter* counter)
+    {
         ptr_ = ptr;
         counter_ = counter;
         if (counter_ != nullptr) {
             counter_->IncWeak();
         }
     }
-    void Drop() {
+    void Drop()
+    {
         if (counter_ != nullptr) {
             counter_->DecWeak();
         }

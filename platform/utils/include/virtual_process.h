@@ -8,8 +8,9 @@
 // ScopedProcess says otherwise.
 //
 // Contract:
-//  - Post() runs the work on one of the process's threads, started on demand up to kMaxThreads, and
-//    counts it in WorkTracker from the moment it is queued until it returns.
+//  - Post() runs the work on one of the process's threads, started on demand up to kMaxThreads (a
+//    new thread whenever queued work outnumbers idle threads, so a handler waiting on more work of
+//    its own process is not starved), and counts it in WorkTracker from queueing until it returns.
 //  - Kill() is terminal: IsAlive() turns false, Post() is refused, kill observers run once on the
 //    calling thread. Work already running finishes; work already queued still runs, and must check
 //    IsAlive() itself if a dead process must not act.
@@ -71,16 +72,21 @@ private:
         std::function<void()> run;
         WorkTracker::Token token;
     };
-    void WorkerLoop();
+    // Shared with the worker threads, so that a thread detached by a destructor running on it
+    // never touches freed memory.
+    struct Pool {
+        std::mutex mutex;
+        std::condition_variable workReady;
+        std::deque<Work> queue;
+        std::vector<std::thread> threads;
+        size_t idle = 0;
+        bool alive = true;
+        bool stopping = false;
+    };
+    static void WorkerLoop(const std::shared_ptr<Pool>& pool);
 
     const ProcessIdentity identity_;
-    mutable std::mutex mutex_;
-    std::condition_variable workReady_;
-    std::deque<Work> queue_;
-    std::vector<std::thread> threads_;
-    size_t idle_ = 0;
-    bool alive_ = true;
-    bool stopping_ = false;
+    const std::shared_ptr<Pool> pool_ = std::make_shared<Pool>();
 };
 
 // Makes the calling thread work for a process until the scope ends.

@@ -33,8 +33,8 @@ std::shared_ptr<VirtualProcess> VirtualProcess::Create(ProcessIdentity identity)
 std::shared_ptr<VirtualProcess> VirtualProcess::Host()
 {
     // Never destroyed: its threads may be in use until the very end of the real process.
-    static auto* host = new std::shared_ptr<VirtualProcess>(Create(
-        {static_cast<int32_t>(getpid()), static_cast<int32_t>(getuid()), kHostTokenId, kHostTokenId, "host"}));
+    static auto* host = new std::shared_ptr<VirtualProcess>(
+        Create({static_cast<int32_t>(getpid()), static_cast<int32_t>(getuid()), kHostTokenId, kHostTokenId, "host"}));
     return *host;
 }
 
@@ -52,11 +52,11 @@ VirtualProcess::~VirtualProcess()
 {
     std::vector<std::thread> threads;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
-        stopping_ = true;
-        threads.swap(threads_);
+        std::lock_guard<std::mutex> lock(pool_->mutex);
+        pool_->stopping = true;
+        threads.swap(pool_->threads);
     }
-    workReady_.notify_all();
+    pool_->workReady.notify_all();
     for (auto& thread : threads) {
         // The last reference may be dropped on one of our own threads: it cannot join itself.
         if (thread.get_id() == std::this_thread::get_id()) {
@@ -69,18 +69,18 @@ VirtualProcess::~VirtualProcess()
 
 bool VirtualProcess::IsAlive() const
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return alive_;
+    std::lock_guard<std::mutex> lock(pool_->mutex);
+    return pool_->alive;
 }
 
 void VirtualProcess::Kill()
 {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (!alive_) {
+        std::lock_guard<std::mutex> lock(pool_->mutex);
+        if (!pool_->alive) {
             return;
         }
-        alive_ = false;
+        pool_->alive = false;
     }
     std::vector<KillObserver> observers;
     {
@@ -94,42 +94,42 @@ void VirtualProcess::Kill()
 
 bool VirtualProcess::Post(std::function<void()> work)
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (!alive_ || stopping_) {
+    std::lock_guard<std::mutex> lock(pool_->mutex);
+    if (!pool_->alive || pool_->stopping) {
         return false;
     }
-    queue_.push_back(Work{std::move(work), WorkTracker::Token()});
-    if (idle_ == 0 && threads_.size() < kMaxThreads) {
-        ++idle_;
-        threads_.emplace_back([self = weak_from_this(), this] {
+    pool_->queue.push_back(Work{std::move(work), WorkTracker::Token()});
+    if (pool_->queue.size() > pool_->idle && pool_->threads.size() < kMaxThreads) {
+        ++pool_->idle;
+        pool_->threads.emplace_back([self = weak_from_this(), pool = pool_] {
             tCurrent = self;
             tAssigned = true;
-            WorkerLoop();
+            WorkerLoop(pool);
         });
     }
-    workReady_.notify_one();
+    pool_->workReady.notify_one();
     return true;
 }
 
-void VirtualProcess::WorkerLoop()
+void VirtualProcess::WorkerLoop(const std::shared_ptr<Pool>& pool)
 {
-    std::unique_lock<std::mutex> lock(mutex_);
+    std::unique_lock<std::mutex> lock(pool->mutex);
     for (;;) {
-        workReady_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
-        if (queue_.empty()) {
+        pool->workReady.wait(lock, [&pool] { return pool->stopping || !pool->queue.empty(); });
+        if (pool->queue.empty()) {
             return;
         }
-        Work work = std::move(queue_.front());
-        queue_.pop_front();
-        --idle_;
+        Work work = std::move(pool->queue.front());
+        pool->queue.pop_front();
+        --pool->idle;
         lock.unlock();
         work.run();
-        work.run = nullptr;
+        work.run = nullptr;  // what the work captured is released before the work counts as done
         {
             WorkTracker::Token done = std::move(work.token);
         }
         lock.lock();
-        ++idle_;
+        ++pool->idle;
     }
 }
 

@@ -59,6 +59,21 @@ TEST(VirtualProcessTest, NestedWorkGetsMoreThreads)
     EXPECT_EQ(inner.get_future().wait_for(5s), std::future_status::ready);
 }
 
+TEST(VirtualProcessTest, BackToBackPostsDoNotQueueBehindABusyThread)
+{
+    auto app = MakeProcess(104, "app");
+    std::promise<void> second;
+    auto secondRan = second.get_future().share();
+    std::promise<void> first;
+    // Posted together, before any thread has picked up the first: the first waits on the second.
+    ASSERT_TRUE(app->Post([&] {
+        secondRan.wait();
+        first.set_value();
+    }));
+    ASSERT_TRUE(app->Post([&] { second.set_value(); }));
+    EXPECT_EQ(first.get_future().wait_for(5s), std::future_status::ready);
+}
+
 TEST(VirtualProcessTest, KillIsTerminalAndTellsObserversOnce)
 {
     static std::atomic<int> kills{0};

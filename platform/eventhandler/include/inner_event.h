@@ -1,0 +1,52 @@
+#ifndef TARVO_EVENTHANDLER_INNER_EVENT_H
+#define TARVO_EVENTHANDLER_INNER_EVENT_H
+
+// A unit of work for an EventHandler: a task callback with a name (RemoveTask matches it) and the
+// place in the source that created it (for dumps).
+//
+// Contract: events are created only through Get() and travel as Pointer, so exactly one owner at a
+// time; the queue that accepts one owns it until it has run or been dropped.
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace Tarvo::AppExecFwk {
+
+class InnerEvent {
+public:
+    using Callback = std::function<void()>;
+    using Pointer = std::unique_ptr<InnerEvent, void (*)(InnerEvent*)>;
+
+    // Defaults capture the call site of whoever lets them default (PostTask's caller, typically).
+    struct Caller {
+        std::string file_;
+        int line_;
+        std::string func_;
+        Caller(std::string file = __builtin_FILE(), int line = __builtin_LINE(),
+               std::string func = __builtin_FUNCTION());
+    };
+
+    static Pointer Get(const Callback& callback, const std::string& name = std::string(), const Caller& caller = {});
+
+    InnerEvent(const InnerEvent&) = delete;
+    InnerEvent& operator=(const InnerEvent&) = delete;
+
+    const std::string& GetTaskName() const { return name_; }
+    const Callback& GetTaskCallback() const { return callback_; }
+    const Caller& GetCaller() const { return caller_; }
+    bool HasTask() const { return static_cast<bool>(callback_); }
+
+private:
+    InnerEvent(const Callback& callback, const std::string& name, const Caller& caller);
+    ~InnerEvent() = default;
+    static void Release(InnerEvent* event);
+
+    Callback callback_;
+    std::string name_;
+    Caller caller_;
+};
+
+}  // namespace Tarvo::AppExecFwk
+
+#endif  // TARVO_EVENTHANDLER_INNER_EVENT_H

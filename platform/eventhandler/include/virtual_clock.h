@@ -1,0 +1,48 @@
+#ifndef TARVO_EVENTHANDLER_VIRTUAL_CLOCK_H
+#define TARVO_EVENTHANDLER_VIRTUAL_CLOCK_H
+
+// Drives virtual time for tests and scenarios: time moves only when told, and moving it runs every
+// task that falls due, in due-time order, each on its runner's own thread.
+//
+// Contract:
+//  - Install() before any runner exists; it cannot be undone. Virtual time starts at 0.
+//  - AdvanceTo(until): waits for the device to be quiet (WorkTracker), then repeatedly moves time
+//    to the earliest due time <= until among all clients and waits for quiet again, so that work
+//    posted meanwhile (also with delay 0) runs in order within the same advance; finally moves time
+//    to until and waits for quiet once more. An until in the past is a no-op returning true.
+//  - Returns false if the device was not quiet within quietLimit of real time at some step (a
+//    hang, which the caller reports), or if virtual time is not installed.
+//  - One thread drives the clock at a time, and never from inside a runner's task (it would wait
+//    for itself).
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include "platform_clock.h"
+#include "virtual_time_client.h"
+
+namespace Tarvo {
+
+class VirtualClock {
+public:
+    static constexpr std::chrono::milliseconds kDefaultQuietLimit = std::chrono::seconds(10);
+
+    static void Install();
+    static bool AdvanceTo(PlatformClock::time_point until, std::chrono::milliseconds quietLimit = kDefaultQuietLimit);
+    static bool AdvanceBy(PlatformClock::duration delta, std::chrono::milliseconds quietLimit = kDefaultQuietLimit);
+    // Runs what is due now and whatever it causes; for after a request has been sent.
+    static bool WaitQuiet(std::chrono::milliseconds quietLimit = kDefaultQuietLimit);
+    // The earliest due time among all clients' pending work.
+    static std::optional<PlatformClock::time_point> NextDue();
+
+    // Clients are held weakly: one that is gone simply drops out.
+    static void AddClient(const std::weak_ptr<VirtualTimeClient>& client);
+
+private:
+    static void MoveTo(PlatformClock::time_point when);
+};
+
+}  // namespace Tarvo
+
+#endif  // TARVO_EVENTHANDLER_VIRTUAL_CLOCK_H

@@ -1,0 +1,45 @@
+#include "platform_clock.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace Tarvo {
+namespace {
+std::atomic<bool> gVirtual{false};
+std::atomic<int64_t> gVirtualNowMs{0};
+
+std::chrono::steady_clock::time_point RealEpoch()
+{
+    static const auto epoch = std::chrono::steady_clock::now();
+    return epoch;
+}
+}  // namespace
+
+PlatformClock::time_point PlatformClock::now() noexcept
+{
+    if (gVirtual.load(std::memory_order_acquire)) {
+        return time_point(duration(gVirtualNowMs.load(std::memory_order_acquire)));
+    }
+    const auto epoch = RealEpoch();
+    return time_point(std::chrono::duration_cast<duration>(std::chrono::steady_clock::now() - epoch));
+}
+
+bool PlatformClock::IsVirtual() noexcept
+{
+    return gVirtual.load(std::memory_order_acquire);
+}
+
+void PlatformClock::EnableVirtualTime() noexcept
+{
+    gVirtual.store(true, std::memory_order_release);
+}
+
+void PlatformClock::SetVirtualNow(time_point when) noexcept
+{
+    const int64_t target = when.time_since_epoch().count();
+    int64_t current = gVirtualNowMs.load(std::memory_order_acquire);
+    while (current < target && !gVirtualNowMs.compare_exchange_weak(current, target, std::memory_order_acq_rel)) {
+    }
+}
+
+}  // namespace Tarvo

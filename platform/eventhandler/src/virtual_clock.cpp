@@ -1,0 +1,105 @@
+#include "virtual_clock.h"
+
+#include <algorithm>
+#include <mutex>
+#include <vector>
+
+#include "work_tracker.h"
+
+namespace Tarvo {
+namespace {
+struct Registry {
+    std::mutex mutex;
+    std::vector<std::weak_ptr<VirtualTimeClient>> clients;
+};
+
+Registry& GetRegistry()
+{
+    // Never destroyed: runners may go away during static destruction.
+    static auto* registry = new Registry();
+    return *registry;
+}
+
+// Strong references taken under the lock and used after it, so no client is called with it held.
+std::vector<std::shared_ptr<VirtualTimeClient>> LiveClients()
+{
+    std::vector<std::shared_ptr<VirtualTimeClient>> live;
+    Registry& registry = GetRegistry();
+    std::lock_guard<std::mutex> lock(registry.mutex);
+    std::erase_if(registry.clients, [](const auto& client) { return client.expired(); });
+    for (const auto& client : registry.clients) {
+        if (auto strong = client.lock()) {
+            live.push_back(std::move(strong));
+        }
+    }
+    return live;
+}
+}  // namespace
+
+void VirtualClock::Install()
+{
+    PlatformClock::EnableVirtualTime();
+}
+
+void VirtualClock::AddClient(const std::weak_ptr<VirtualTimeClient>& client)
+{
+    Registry& registry = GetRegistry();
+    std::lock_guard<std::mutex> lock(registry.mutex);
+    std::erase_if(registry.clients, [](const auto& known) { return known.expired(); });
+    registry.clients.push_back(client);
+}
+
+std::optional<PlatformClock::time_point> VirtualClock::NextDue()
+{
+    std::optional<PlatformClock::time_point> earliest;
+    for (const auto& client : LiveClients()) {
+        const auto due = client->NextDue();
+        if (due && (!earliest || *due < *earliest)) {
+            earliest = due;
+        }
+    }
+    return earliest;
+}
+
+bool VirtualClock::WaitQuiet(std::chrono::milliseconds quietLimit)
+{
+    return WorkTracker::GetInstance().WaitQuiet(quietLimit);
+}
+
+bool VirtualClock::AdvanceTo(PlatformClock::time_point until, std::chrono::milliseconds quietLimit)
+{
+    if (!PlatformClock::IsVirtual()) {
+        return false;
+    }
+    if (until < PlatformClock::now()) {
+        return true;
+    }
+    // Quiet first: work in flight may still post tasks that are due within this advance.
+    for (;;) {
+        if (!WaitQuiet(quietLimit)) {
+            return false;
+        }
+        const auto next = NextDue();
+        if (!next || *next > until) {
+            break;
+        }
+        MoveTo(*next);
+    }
+    MoveTo(until);
+    return WaitQuiet(quietLimit);
+}
+
+bool VirtualClock::AdvanceBy(PlatformClock::duration delta, std::chrono::milliseconds quietLimit)
+{
+    return AdvanceTo(PlatformClock::now() + std::max(delta, PlatformClock::duration::zero()), quietLimit);
+}
+
+void VirtualClock::MoveTo(PlatformClock::time_point when)
+{
+    PlatformClock::SetVirtualNow(when);
+    for (const auto& client : LiveClients()) {
+        client->OnTimeAdvanced();
+    }
+}
+
+}  // namespace Tarvo

@@ -1,0 +1,154 @@
+// The service's task queue in virtual time.
+#include "zel_event_handle.h"
+
+#include <gtest/gtest.h>
+
+#include "hilog.h"
+#include "virtual_clock.h"
+
+namespace Tarvo::Vantel {
+namespace {
+using namespace std::chrono_literals;
+using AppExecFwk::EventHandler;
+using AppExecFwk::EventRunner;
+using HiviewDFX::LOG_WARN;
+
+class ZelEventHandleTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        VirtualClock::Install();  // before any runner exists
+        start_ = PlatformClock::now();
+        handle_ = std::make_unique<EventHandle>(EventRunner::Create("zel_manager_service_handler"));
+    }
+
+    // Runs what falls due up to `ms` after the test began.
+    void RunUntil(int64_t ms) { ASSERT_TRUE(VirtualClock::AdvanceTo(start_ + PlatformClock::duration(ms))); }
+
+    // A task that records, in `ran_`, its label and the virtual time it ran at.
+    EventHandle::Task Record(const std::string& label)
+    {
+        return [this, label] {
+            std::lock_guard<std::mutex> lock(mutex_);
+            ran_.push_back(label + "@" + std::to_string((PlatformClock::now() - start_).count()));
+        };
+    }
+    std::vector<std::string> Ran()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return ran_;
+    }
+    std::vector<std::string> PendingNames()
+    {
+        std::vector<std::string> names;
+        for (const auto& task : handle_->GetHandler()->GetPendingTasks()) {
+            names.push_back(task.name);
+        }
+        return names;
+    }
+
+    PlatformClock::time_point start_;
+    std::unique_ptr<EventHandle> handle_;
+    std::mutex mutex_;
+    std::vector<std::string> ran_;
+};
+
+TEST_F(ZelEventHandleTest, TheSingletonRunsOnItsNamedRunnerAtLowPriorityWithItsCallerRecords)
+{
+    EventHandle* handle = EventHandle::GetInstance();
+    EXPECT_EQ(handle, EventHandle::GetInstance());
+    EXPECT_EQ(handle->GetHandler()->GetEventRunner()->GetRunnerThreadName(), "zel_manager_service_handler");
+    handle->DelayTask([] {}, 10);
+    handle->PostEvent([] {}, "named", 20);
+    handle->ExecuteAsyncTask([] {});
+    auto pending = handle->GetHandler()->GetPendingTasks();
+    ASSERT_EQ(pending.size(), 3u);
+    std::vector<std::string> functions;
+    for (const auto& task : pending) {
+        EXPECT_EQ(task.priority, EventHandler::Priority::LOW);
+        EXPECT_EQ(task.caller.file_, "zel_manager/zel_server/src/zel_event_handle");
+        functions.push_back(task.caller.func_ + ":" + task.name);
+    }
+    EXPECT_EQ(functions, (std::vector<std::string>{"ExecuteAsyncTask:", "DelayTask:", "PostEvent:named"}));
+}
+
+TEST_F(ZelEventHandleTest, TwoPostsOfOneNameBothRun)
+{
+    handle_->PostEvent(Record("a"), "N", 100);
+    handle_->PostEvent(Record("b"), "N", 200);
+    RunUntil(1000);
+    EXPECT_EQ(Ran(), (std::vector<std::string>{"a@100", "b@200"}));
+}
+
+TEST_F(ZelEventHandleTest, RemoveEventWithdrawsOnlyNamesNotYetBegun)
+{
+    handle_->RemoveEvent("never-posted");
+    handle_->PostEvent(Record("first"), "N", 100);
+    handle_->PostEvent(Record("second"), "N", 500);
+    RunUntil(200);
+    // "first" has begun: the name counts as started, so the queued "second" survives.
+    handle_->RemoveEvent("N");
+    EXPECT_EQ(PendingNames(), std::vector<std::string>{"N"});
+    // A fresh post makes the name withdrawable again, and withdrawal takes every queued task of it.
+    handle_->PostEvent(Record("third"), "N", 100);
+    handle_->RemoveEvent("N");
+    EXPECT_TRUE(PendingNames().empty());
+    RunUntil(1000);
+    EXPECT_EQ(Ran(), std::vector<std::string>{"first@100"});
+}
+
+TEST_F(ZelEventHandleTest, UnnamedTasksCannotBeWithdrawn)
+{
+    handle_->DelayTask(Record("delayed"), 100);
+    handle_->ExecuteAsyncTask(Record("async"));
+    handle_->RemoveEvent("");
+    RunUntil(100);
+    EXPECT_EQ(Ran(), (std::vector<std::string>{"async@0", "delayed@100"}));
+}
+
+TEST_F(ZelEventHandleTest, AnimationDelayDeleteKeepsOnlyTheLatestThreeSecondsAfterIt)
+{
+    handle_->SetAnimationDelayDelete(Record("first"));
+    RunUntil(1000);
+    handle_->SetAnimationDelayDelete(Record("second"));
+    RunUntil(3999);
+    EXPECT_TRUE(Ran().empty());
+    RunUntil(4000);
+    EXPECT_EQ(Ran(), std::vector<std::string>{"second@4000"});
+}
+
+TEST_F(ZelEventHandleTest, ATaskMayPostAndWithdrawFromTheRunnerThread)
+{
+    handle_->PostEvent(
+        [this] {
+            handle_->PostEvent(Record("doomed"), "inner", 10);
+            handle_->RemoveEvent("inner");
+            handle_->DelayTask(Record("kept"), 10);
+        },
+        "outer", 100);
+    RunUntil(200);
+    EXPECT_EQ(Ran(), std::vector<std::string>{"kept@110"});
+}
+
+TEST_F(ZelEventHandleTest, WithoutAHandlerEveryOperationOnlyWarns)
+{
+    HiviewDFX::LogCapture log;
+    EventHandle none(nullptr);
+    none.PostEvent(Record("x"), "N", 0);
+    none.RemoveEvent("N");
+    none.DelayTask(Record("x"), 0);
+    none.ExecuteAsyncTask(Record("x"));
+    none.SetAnimationDelayDelete(Record("x"));
+    RunUntil(5000);
+    EXPECT_TRUE(Ran().empty());
+    EXPECT_EQ(log.Messages(LOG_WARN), (std::vector<std::string>{
+                                          "EventHandle PostEvent error, mHandler is null",
+                                          "EventHandle RemoveEvent error, mHandler is null",
+                                          "EventHandle DelayTast error, mHandler is null",
+                                          "EventHandle ExecuteAsyncTask error, mHandler is null",
+                                          "EventHandle SetAnimationDelayDelete error, mHandler is null",
+                                      }));
+}
+
+}  // namespace
+}  // namespace Tarvo::Vantel

@@ -12,7 +12,8 @@ namespace {
 
 struct Registry {
     std::mutex mutex;
-    std::vector<SystemAbility*> pending;
+    std::vector<SystemAbility*> all;      // kept for the life of the process
+    std::vector<SystemAbility*> pending;  // not yet collected by a host
 };
 
 Registry& GetRegistry()
@@ -34,6 +35,7 @@ bool SystemAbility::MakeAndRegisterAbility(SystemAbility* systemAbility)
         counted->IncStrongRef(systemAbility);
     }
     std::lock_guard<std::mutex> lock(GetRegistry().mutex);
+    GetRegistry().all.push_back(systemAbility);
     GetRegistry().pending.push_back(systemAbility);
     return true;
 }

@@ -20,6 +20,7 @@ public:
 private:
     sptr<IRemoteObject> QueryAbility(uint32_t code, int32_t systemAbilityId);
     int32_t Call(uint32_t code, MessageParcel& data, MessageParcel& reply);
+    int32_t CallForResult(uint32_t code, MessageParcel& data);
 };
 
 }  // namespace Tarvo

@@ -51,31 +51,31 @@ sptr<IRemoteObject> SystemAbilityManagerProxy::CheckSystemAbility(int32_t system
 int32_t SystemAbilityManagerProxy::AddSystemAbility(int32_t systemAbilityId, const sptr<IRemoteObject>& ability)
 {
     MessageParcel data;
-    MessageParcel reply;
     if (!data.WriteInterfaceToken(GetDescriptor()) || !data.WriteInt32(systemAbilityId) ||
         !data.WriteRemoteObject(ability)) {
         return ERR_INVALID_VALUE;
     }
-    int32_t status = Call(ADD_SYSTEM_ABILITY, data, reply);
-    int32_t result = 0;
-    if (status != ERR_NONE) {
-        return status;
-    }
-    return reply.ReadInt32(result) ? result : ERR_INVALID_VALUE;
+    return CallForResult(ADD_SYSTEM_ABILITY, data);
 }
 
 int32_t SystemAbilityManagerProxy::RemoveSystemAbility(int32_t systemAbilityId)
 {
     MessageParcel data;
-    MessageParcel reply;
     if (!data.WriteInterfaceToken(GetDescriptor()) || !data.WriteInt32(systemAbilityId)) {
         return ERR_INVALID_VALUE;
     }
-    int32_t status = Call(REMOVE_SYSTEM_ABILITY, data, reply);
-    int32_t result = 0;
+    return CallForResult(REMOVE_SYSTEM_ABILITY, data);
+}
+
+// The transport's error, or else the registry's int32 result.
+int32_t SystemAbilityManagerProxy::CallForResult(uint32_t code, MessageParcel& data)
+{
+    MessageParcel reply;
+    int32_t status = Call(code, data, reply);
     if (status != ERR_NONE) {
         return status;
     }
+    int32_t result = 0;
     return reply.ReadInt32(result) ? result : ERR_INVALID_VALUE;
 }
 

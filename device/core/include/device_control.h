@@ -1,0 +1,79 @@
+#ifndef ZEL_DEVICE_DEVICE_CONTROL_H
+#define ZEL_DEVICE_DEVICE_CONTROL_H
+
+// What the scenario player asks of the device: one operation per scenario command. The player
+// owns time (it moves the virtual clock and waits for quiet between lines); every operation here
+// returns once its action has been started, and reports bad arguments as false with a reason,
+// changing nothing.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "package_catalog.h"
+#include "trace.h"
+
+namespace Tarvo::Emu {
+
+// Who sends a request to the service.
+struct CallerSpec {
+    enum class Kind { SYSTEM, NATIVE, SHELL, BUNDLE };
+    Kind kind = Kind::NATIVE;
+    std::string bundle;  // for BUNDLE: that application's process
+};
+
+class DeviceControl {
+public:
+    virtual ~DeviceControl() = default;
+
+    // Set-up, before Boot.
+    virtual bool UseConfig(const std::optional<std::string>& path, std::string* error) = 0;  // nullopt: no file
+    virtual bool SetParam(const std::string& key, const std::string& value, std::string* error) = 0;
+    virtual bool PresetSetting(const std::string& key, const std::string& value, std::string* error) = 0;
+
+    virtual bool Boot(std::string* error) = 0;
+    virtual bool IsBooted() const = 0;
+
+    // Device state and faults.
+    virtual bool InstallPackage(const Package& package, std::string* error) = 0;  // after boot: package-added
+    virtual bool RemovePackage(const std::string& bundle, std::string* error) = 0;  // package-removed
+    virtual bool IsInstalled(const std::string& bundle) const = 0;
+    virtual void SetAbilityObtainable(int32_t id, bool obtainable) = 0;
+    virtual void SetServiceManagerUp(bool up) = 0;
+    virtual void SetSettingsUp(bool up) = 0;
+    virtual void SetCategoryUp(bool up) = 0;
+    virtual bool RestartAppManager(std::string* error) = 0;
+    virtual bool KillApp(const std::string& bundle, std::string* error) = 0;
+    virtual bool SetIpcFail(const std::string& bundle, bool fail, std::string* error) = 0;
+
+    // Requests to the service; `line` tags the request for its ipc.done event.
+    virtual bool SendScene(int line, const CallerSpec& caller, const std::string& pkg, const std::string& scene,
+                           uint32_t state, std::string* error) = 0;
+    virtual bool SendResolution(int line, const CallerSpec& caller, int32_t mode, int32_t flag,
+                                std::string* error) = 0;
+    // Pairs in order, repeats kept.
+    virtual bool SendThermal(int line, const CallerSpec& caller, const std::vector<std::pair<uint32_t, uint32_t>>& map,
+                             std::string* error) = 0;
+    virtual bool SendGameFps(int line, const CallerSpec& caller, const std::string& pkg, uint32_t fps,
+                             std::string* error) = 0;
+    virtual bool Register(int line, const std::string& bundle, const std::string& callbackName,
+                          std::string* error) = 0;
+
+    // Platform events.
+    virtual bool AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid,
+                          std::optional<bool> focus, std::string* error) = 0;
+    virtual bool PowerMode(int32_t code, std::string* error) = 0;
+    virtual bool PublishEvent(const std::string& action, const std::optional<std::string>& bundle,
+                              std::optional<int32_t> code, std::string* error) = 0;
+    virtual bool Light(uint32_t type, bool state, std::string* error) = 0;
+
+    virtual Trace& GetTrace() = 0;
+    // A crash or hang of the device or the service, once detected; empty while healthy.
+    virtual std::string Failure() const = 0;
+};
+
+}  // namespace Tarvo::Emu
+
+#endif  // ZEL_DEVICE_DEVICE_CONTROL_H

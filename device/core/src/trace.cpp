@@ -1,0 +1,114 @@
+#include "trace.h"
+
+#include <cstdio>
+
+#include "platform_clock.h"
+
+namespace Tarvo::Emu {
+
+std::string JsonString(const std::string& text)
+{
+    std::string out = "\"";
+    for (unsigned char c : text) {
+        switch (c) {
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            default:
+                if (c < 0x20) {
+                    char escaped[8];
+                    snprintf(escaped, sizeof(escaped), "\\u%04x", c);
+                    out += escaped;
+                } else {
+                    out += static_cast<char>(c);
+                }
+        }
+    }
+    return out + "\"";
+}
+
+namespace {
+std::string ValueJson(const TraceValue& value)
+{
+    if (std::holds_alternative<std::nullptr_t>(value)) {
+        return "null";
+    }
+    if (const auto* flag = std::get_if<bool>(&value)) {
+        return *flag ? "true" : "false";
+    }
+    if (const auto* number = std::get_if<int64_t>(&value)) {
+        return std::to_string(*number);
+    }
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return JsonString(*text);
+    }
+    std::string out = "[";
+    for (const auto& item : std::get<std::vector<std::string>>(value)) {
+        out += (out.size() > 1 ? "," : "") + JsonString(item);
+    }
+    return out + "]";
+}
+}  // namespace
+
+std::string ValueText(const TraceValue& value)
+{
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return *text;
+    }
+    return ValueJson(value);
+}
+
+std::string TraceEvent::Json() const
+{
+    std::string out = "{\"t\":" + std::to_string(t) + ",\"ev\":" + JsonString(ev);
+    for (const auto& field : fields) {
+        out += "," + JsonString(field.name) + ":" + ValueJson(field.value);
+    }
+    return out + "}";
+}
+
+const TraceValue* TraceEvent::Find(const std::string& name) const
+{
+    for (const auto& field : fields) {
+        if (field.name == name) {
+            return &field.value;
+        }
+    }
+    return nullptr;
+}
+
+void Trace::Emit(std::string ev, std::vector<TraceField> fields)
+{
+    int64_t now = PlatformClock::now().time_since_epoch().count();
+    std::lock_guard<std::mutex> lock(mutex_);
+    events_.push_back(TraceEvent{now, std::move(ev), std::move(fields)});
+}
+
+std::vector<TraceEvent> Trace::EventsSince(size_t index) const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (index >= events_.size()) {
+        return {};
+    }
+    return std::vector<TraceEvent>(events_.begin() + static_cast<std::ptrdiff_t>(index), events_.end());
+}
+
+size_t Trace::Size() const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return events_.size();
+}
+
+}  // namespace Tarvo::Emu

@@ -1,0 +1,123 @@
+#ifndef ZEL_DEVICE_DEVICE_H
+#define ZEL_DEVICE_DEVICE_H
+
+// The emulated device: the service manager, every system service the service talks to (each a
+// system ability in its own virtual process), application processes, the service host that
+// loads the service library at boot, and the trace of what crosses the service's boundary.
+//
+// Contract: construct, apply set-up (config, params, settings), Boot, then drive it; the
+// caller owns time (the virtual clock) and waits for quiet between operations. Requests to the
+// service are made from a caller process with ZelManagerProxy (the thermal map by hand, to keep
+// the order and repeats of its pairs) and tagged with their scenario line for ipc.done.
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "device_context.h"
+#include "device_control.h"
+#include "device_service_manager.h"
+#include "game_callback.h"
+#include "i_zel_manager.h"
+#include "service_host.h"
+
+namespace Tarvo::Emu {
+
+class DeviceServices;
+
+struct DeviceSetup {
+    std::string dataDir;         // empty: a new temporary directory
+    bool keepDataDir = false;    // a given directory is always kept
+    bool log = false;            // the platform log on stderr
+    std::string serviceLibrary;  // the library the host loads at boot
+    std::string defaultConfig;   // the default product configuration; empty: none
+    std::string scenarioDir;     // relative config paths start here
+};
+
+class Device : public DeviceContext, public DeviceControl {
+public:
+    static constexpr int32_t ZEL_MANAGER_SERVICE_ID = 65958;
+    static constexpr const char* CONFIG_RELATIVE_PATH = "etc/zel_manager/zel_manager_config.xml";
+
+    explicit Device(DeviceSetup setup);
+    ~Device() override;
+
+    // DeviceContext
+    Trace& GetTrace() override { return trace_; }
+    PackageCatalog& Catalog() override { return catalog_; }
+    std::shared_ptr<VirtualProcess> MakeServiceProcess(const std::string& name) override;
+    std::shared_ptr<VirtualProcess> AppProcess(const std::string& bundle) override;
+    void AddSystemAbility(int32_t id, const sptr<IRemoteObject>& object) override;
+    const std::string& DataDir() const override { return dataDir_; }
+
+    // DeviceControl
+    bool UseConfig(const std::optional<std::string>& path, std::string* error) override;
+    bool SetParam(const std::string& key, const std::string& value, std::string* error) override;
+    bool PresetSetting(const std::string& key, const std::string& value, std::string* error) override;
+    bool Boot(std::string* error) override;
+    bool IsBooted() const override { return host_ != nullptr; }
+    bool InstallPackage(const Package& package, std::string* error) override;
+    bool RemovePackage(const std::string& bundle, std::string* error) override;
+    bool IsInstalled(const std::string& bundle) const override;
+    void SetAbilityObtainable(int32_t id, bool obtainable) override;
+    void SetServiceManagerUp(bool up) override;
+    void SetSettingsUp(bool up) override;
+    void SetCategoryUp(bool up) override;
+    bool RestartAppManager(std::string* error) override;
+    bool KillApp(const std::string& bundle, std::string* error) override;
+    bool SetIpcFail(const std::string& bundle, bool fail, std::string* error) override;
+    bool SendScene(int line, const CallerSpec& caller, const std::string& pkg, const std::string& scene,
+                   uint32_t state, std::string* error) override;
+    bool SendResolution(int line, const CallerSpec& caller, int32_t mode, int32_t flag, std::string* error) override;
+    bool SendThermal(int line, const CallerSpec& caller, const std::vector<std::pair<uint32_t, uint32_t>>& map,
+                     std::string* error) override;
+    bool SendGameFps(int line, const CallerSpec& caller, const std::string& pkg, uint32_t fps,
+                     std::string* error) override;
+    bool Register(int line, const std::string& bundle, const std::string& callbackName, std::string* error) override;
+    bool AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid, std::optional<bool> focus,
+                  std::string* error) override;
+    bool PowerMode(int32_t code, std::string* error) override;
+    bool PublishEvent(const std::string& action, const std::optional<std::string>& bundle,
+                      std::optional<int32_t> code, std::string* error) override;
+    bool Light(uint32_t type, bool state, std::string* error) override;
+    std::string Failure() const override;
+
+    // The pid of the process the service runs in; 0 before boot.
+    int32_t ServicePid() const;
+
+private:
+    class LogTracer;
+    std::shared_ptr<VirtualProcess> CallerProcess(const CallerSpec& caller, std::string* error);
+    // The service as the caller sees it, or null (before boot, service manager down, hidden).
+    sptr<IRemoteObject> ServiceObject();
+    bool WriteConfig(const std::string& source, std::string* error);
+    void TraceTransactions();
+
+    const DeviceSetup setup_;
+    std::string dataDir_;
+    bool removeDataDir_ = false;
+    Trace trace_;
+    PackageCatalog catalog_;
+
+    mutable std::mutex mutex_;
+    int32_t nextServicePid_ = 100;
+    int32_t nextAppPid_ = 2000;
+    std::map<std::string, std::shared_ptr<VirtualProcess>> appProcesses_;
+    std::map<std::string, sptr<GameCallback>> callbacks_;
+
+    std::shared_ptr<VirtualProcess> samgrProcess_;
+    sptr<DeviceServiceManager> samgr_;
+    std::unique_ptr<DeviceServices> services_;
+    std::shared_ptr<VirtualProcess> systemCaller_;
+    std::shared_ptr<VirtualProcess> nativeCaller_;
+    std::shared_ptr<VirtualProcess> shellCaller_;
+    std::shared_ptr<VirtualProcess> serviceProcess_;
+    std::unique_ptr<ServiceHost> host_;
+    std::shared_ptr<LogTracer> logTracer_;
+    std::string failure_;
+};
+
+}  // namespace Tarvo::Emu
+
+#endif  // ZEL_DEVICE_DEVICE_H

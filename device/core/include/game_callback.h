@@ -1,0 +1,29 @@
+#ifndef ZEL_DEVICE_GAME_CALLBACK_H
+#define ZEL_DEVICE_GAME_CALLBACK_H
+
+#include <string>
+
+#include "i_zel_callback_interface.h"
+#include "iremote_stub.h"
+#include "trace.h"
+
+namespace Tarvo::Emu {
+
+// A game's frame-rate callback object, living in the game's process: every OnGameFpsChange it
+// receives is traced as game.fps {bundle, cb, fps}.
+class GameCallback : public IRemoteStub<Vantel::IZelCallbackInterface> {
+public:
+    GameCallback(Trace& trace, std::string bundle, std::string name);
+
+    int32_t OnGameFpsChange(uint32_t targetFps) override;
+    int OnRemoteRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option) override;
+
+private:
+    Trace& trace_;
+    const std::string bundle_;
+    const std::string name_;
+};
+
+}  // namespace Tarvo::Emu
+
+#endif  // ZEL_DEVICE_GAME_CALLBACK_H

@@ -1,0 +1,25 @@
+#include "device_factory.h"
+
+#include <cstdlib>
+
+#include "crash_reporter.h"
+#include "device.h"
+
+namespace Tarvo::Emu {
+
+std::unique_ptr<DeviceControl> MakeDevice(const DeviceOptions& options)
+{
+    InstallCrashReporter();
+    DeviceSetup setup;
+    setup.dataDir = options.dataDir;
+    setup.keepDataDir = options.keepDataDir;
+    setup.log = options.log;
+    setup.scenarioDir = options.scenarioDir;
+    // The build's library unless the environment points elsewhere (an installed copy, a variant).
+    const char* library = std::getenv("ZEL_SERVICE_LIBRARY");
+    setup.serviceLibrary = library != nullptr ? library : ZEL_SERVICE_LIBRARY;
+    setup.defaultConfig = ZEL_DEFAULT_CONFIG;
+    return std::make_unique<Device>(std::move(setup));
+}
+
+}  // namespace Tarvo::Emu

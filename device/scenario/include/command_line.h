@@ -1,0 +1,35 @@
+#ifndef ZEL_DEVICE_COMMAND_LINE_H
+#define ZEL_DEVICE_COMMAND_LINE_H
+
+// The arguments of zel_device:
+//   zel_device run SCENARIO [--trace FILE|-] [--chart FILE.svg] [--data-dir DIR] [--realtime] [--quiet] [--log]
+//   zel_device check SCENARIO
+//   zel_device --help | --version
+// Options may come before or after SCENARIO; anything else is a usage error.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Tarvo::Emu {
+
+struct CommandLine {
+    enum class Mode { RUN, CHECK, HELP, VERSION };
+
+    Mode mode = Mode::HELP;
+    std::string scenario;
+    std::optional<std::string> trace;  // "-": stdout
+    std::optional<std::string> chart;
+    std::optional<std::string> dataDir;
+    bool realtime = false;
+    bool quiet = false;
+    bool log = false;
+
+    // args without the program name. False with a message on a usage error.
+    static bool Parse(const std::vector<std::string>& args, CommandLine* line, std::string* error);
+    static const char* Usage();
+};
+
+}  // namespace Tarvo::Emu
+
+#endif  // ZEL_DEVICE_COMMAND_LINE_H

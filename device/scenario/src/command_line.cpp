@@ -1,0 +1,94 @@
+#include "command_line.h"
+
+namespace Tarvo::Emu {
+namespace {
+bool Fail(const std::string& message, std::string* error)
+{
+    *error = message;
+    return false;
+}
+
+// One option of run at args[*i]; moves *i past its value.
+bool RunOption(const std::vector<std::string>& args, size_t* i, CommandLine* line, std::string* error)
+{
+    const std::string& name = args[*i];
+    std::optional<std::string>* valued = name == "--trace"      ? &line->trace
+                                         : name == "--chart"    ? &line->chart
+                                         : name == "--data-dir" ? &line->dataDir
+                                                                : nullptr;
+    if (valued != nullptr) {
+        if (*i + 1 >= args.size() || args[*i + 1].empty()) {
+            return Fail(name + " needs a value", error);
+        }
+        *valued = args[++*i];
+        return true;
+    }
+    bool* flag = name == "--realtime" ? &line->realtime
+                 : name == "--quiet"  ? &line->quiet
+                 : name == "--log"    ? &line->log
+                                      : nullptr;
+    if (flag == nullptr) {
+        return Fail("unknown option " + name, error);
+    }
+    *flag = true;
+    return true;
+}
+}  // namespace
+
+bool CommandLine::Parse(const std::vector<std::string>& args, CommandLine* line, std::string* error)
+{
+    *line = CommandLine();
+    if (args.empty()) {
+        return Fail("a command is needed", error);
+    }
+    const std::string& command = args[0];
+    if (command == "--help" || command == "-h" || command == "--version") {
+        line->mode = command == "--version" ? Mode::VERSION : Mode::HELP;
+        return args.size() == 1 || Fail("nothing may follow " + command, error);
+    }
+    if (command != "run" && command != "check") {
+        return Fail("unknown command " + command, error);
+    }
+    line->mode = command == "run" ? Mode::RUN : Mode::CHECK;
+    bool named = false;
+    for (size_t i = 1; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg.size() > 1 && arg[0] == '-') {
+            if (line->mode == Mode::CHECK) {
+                return Fail("check takes no options", error);
+            }
+            if (!RunOption(args, &i, line, error)) {
+                return false;
+            }
+        } else if (named) {
+            return Fail("one scenario at a time (" + line->scenario + ", " + arg + ")", error);
+        } else {
+            line->scenario = arg;
+            named = true;
+        }
+    }
+    return named || Fail(command + " needs a SCENARIO", error);
+}
+
+const char* CommandLine::Usage()
+{
+    return "usage:\n"
+           "  zel_device run SCENARIO [--trace FILE|-] [--chart FILE.svg] [--data-dir DIR] [--realtime] [--quiet] "
+           "[--log]\n"
+           "  zel_device check SCENARIO\n"
+           "  zel_device --help | --version\n"
+           "\n"
+           "run plays SCENARIO on a freshly booted emulated device, in virtual time unless --realtime.\n"
+           "  --trace FILE|-    the JSON Lines trace to FILE (- is stdout, then no timeline)\n"
+           "  --chart FILE.svg  an SVG timeline of the run\n"
+           "  --data-dir DIR    keep the device's data (settings, parameters) in DIR\n"
+           "  --realtime        play against the wall clock\n"
+           "  --quiet           no timeline on stdout\n"
+           "  --log             the platform log on stderr\n"
+           "check only parses SCENARIO and reports every error.\n"
+           "\n"
+           "exit status: 0 played and every expect held; 1 the device or the service failed; 2 usage or scenario\n"
+           "errors (nothing played); 3 an expect failed.\n";
+}
+
+}  // namespace Tarvo::Emu

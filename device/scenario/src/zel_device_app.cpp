@@ -1,0 +1,147 @@
+#include "zel_device_app.h"
+
+#include <exception>
+#include <filesystem>
+#include <fstream>
+
+#include "chart_writer.h"
+#include "jsonl_writer.h"
+#include "scenario_parser.h"
+#include "timeline_writer.h"
+#include "virtual_clock.h"
+
+namespace Tarvo::Emu {
+
+ZelDeviceApp::ZelDeviceApp(DeviceFactory factory, std::ostream& out, std::ostream& err)
+    : factory_(std::move(factory)), out_(out), err_(err)
+{
+}
+
+int ZelDeviceApp::Main(const std::vector<std::string>& args)
+{
+    CommandLine line;
+    std::string error;
+    if (!CommandLine::Parse(args, &line, &error)) {
+        err_ << "zel_device: " << error << '\n' << CommandLine::Usage();
+        return EXIT_SCENARIO_ERROR;
+    }
+    switch (line.mode) {
+        case CommandLine::Mode::HELP:
+            out_ << CommandLine::Usage();
+            return EXIT_OK;
+        case CommandLine::Mode::VERSION:
+            out_ << "zel_device " << VERSION << '\n';
+            return EXIT_OK;
+        case CommandLine::Mode::CHECK:
+            return Check(line);
+        case CommandLine::Mode::RUN:
+            break;
+    }
+    return Run(line);
+}
+
+bool ZelDeviceApp::Load(const std::string& path, Scenario* scenario)
+{
+    ParseResult result = ScenarioParser::ParseFile(path);
+    for (const auto& message : result.errors) {
+        err_ << message << '\n';
+    }
+    if (!result.Ok()) {
+        err_ << path << ": " << result.errors.size() << (result.errors.size() == 1 ? " error" : " errors")
+             << ", nothing played\n";
+        return false;
+    }
+    *scenario = std::move(result.scenario);
+    return true;
+}
+
+int ZelDeviceApp::Check(const CommandLine& line)
+{
+    Scenario scenario;
+    if (!Load(line.scenario, &scenario)) {
+        return EXIT_SCENARIO_ERROR;
+    }
+    out_ << line.scenario << ": ok, " << scenario.lines.size() << " commands, ends at " << scenario.endTime << " ms\n";
+    return EXIT_OK;
+}
+
+int ZelDeviceApp::Run(const CommandLine& line)
+{
+    Scenario scenario;
+    if (!Load(line.scenario, &scenario)) {
+        return EXIT_SCENARIO_ERROR;
+    }
+    std::ofstream traceFile;
+    if (line.trace && *line.trace != "-") {
+        traceFile.open(*line.trace, std::ios::trunc);
+        if (!traceFile) {
+            err_ << "zel_device: cannot write the trace to " << *line.trace << '\n';
+            return EXIT_SCENARIO_ERROR;
+        }
+    }
+    if (line.chart && !std::ofstream(*line.chart, std::ios::trunc)) {
+        err_ << "zel_device: cannot write the chart to " << *line.chart << '\n';
+        return EXIT_SCENARIO_ERROR;
+    }
+    std::ostream* trace = !line.trace ? nullptr : (*line.trace == "-" ? &out_ : &traceFile);
+    try {
+        return Play(line, scenario, trace);
+    } catch (const std::exception& e) {
+        return Failed(std::string("an exception came out of the device: ") + e.what());
+    } catch (...) {
+        return Failed("an exception came out of the device");
+    }
+}
+
+int ZelDeviceApp::Play(const CommandLine& line, const Scenario& scenario, std::ostream* trace)
+{
+    if (!line.realtime) {
+        VirtualClock::Install();
+    }
+    DeviceOptions options;
+    options.scenarioDir = std::filesystem::path(line.scenario).parent_path().string();
+    options.scenarioDir = options.scenarioDir.empty() ? "." : options.scenarioDir;
+    options.dataDir = line.dataDir.value_or("");
+    options.keepDataDir = line.dataDir.has_value();
+    options.realtime = line.realtime;
+    options.log = line.log;
+    device_ = factory_(options);
+    if (device_ == nullptr) {
+        return Failed("the device could not be made");
+    }
+    ScenarioPlayer player(*device_, err_, PlayerOptions{line.realtime, VirtualClock::kDefaultQuietLimit});
+    TimelineWriter timeline(out_);
+    std::optional<JsonlWriter> jsonl;
+    if (trace != nullptr) {
+        player.AddSink(&jsonl.emplace(*trace));
+    }
+    if (!line.quiet && line.trace != "-") {
+        player.AddSink(&timeline);
+    }
+    const PlayOutcome outcome = player.Play(scenario);
+    if (line.chart) {
+        std::ofstream(*line.chart, std::ios::trunc)
+            << ChartWriter::Render(device_->GetTrace().EventsSince(0), player.ReachedTime());
+    }
+    switch (outcome) {
+        case PlayOutcome::PLAYED:
+            return EXIT_OK;
+        case PlayOutcome::EXPECT_FAILED:
+            return EXIT_EXPECT_FAILED;
+        case PlayOutcome::REFUSED:
+            return EXIT_DEVICE_FAILED;
+        case PlayOutcome::DEVICE_FAILED:
+            break;
+    }
+    return Failed("the device or the service failed; the run stopped at " + std::to_string(player.ReachedTime()) +
+                  " ms");
+}
+
+int ZelDeviceApp::Failed(const std::string& message)
+{
+    abandoned_ = true;
+    err_ << "zel_device: " << message << '\n';
+    return EXIT_DEVICE_FAILED;
+}
+
+}  // namespace Tarvo::Emu

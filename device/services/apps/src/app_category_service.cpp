@@ -1,0 +1,36 @@
+#include "app_category_service.h"
+
+#include "app_category_interface.h"
+#include "app_category_stub.h"
+
+namespace Tarvo::Emu {
+
+static_assert(AppCategoryService::SA_ID == QuillonServiceClient::APP_CATEGORY_SA_ID);
+
+AppCategoryService::AppCategoryService(DeviceContext& ctx) : ctx_(ctx) {}
+
+AppCategoryService::~AppCategoryService() = default;
+
+void AppCategoryService::Start()
+{
+    if (process_ != nullptr) {
+        return;
+    }
+    process_ = ctx_.MakeServiceProcess("app_category");
+    {
+        ScopedProcess scope(process_);
+        stub_ = new AppCategoryStub(ctx_.Catalog());
+    }
+    stub_->SetUp(up_);
+    ctx_.AddSystemAbility(SA_ID, stub_);
+}
+
+void AppCategoryService::SetUp(bool up)
+{
+    up_ = up;
+    if (stub_ != nullptr) {
+        stub_->SetUp(up);
+    }
+}
+
+}  // namespace Tarvo::Emu

@@ -1,0 +1,63 @@
+#include "app_manager_service.h"
+
+#include "app_manager.h"
+#include "app_mgr_interface.h"
+
+namespace Tarvo::Emu {
+
+static_assert(AppManagerService::SA_ID == AppExecFwk::APP_MGR_SERVICE_ID);
+
+AppManagerService::AppManagerService(DeviceContext& ctx) : ctx_(ctx) {}
+
+AppManagerService::~AppManagerService() = default;
+
+void AppManagerService::Start()
+{
+    if (process_ != nullptr) {
+        return;
+    }
+    process_ = ctx_.MakeServiceProcess("app_manager");
+    {
+        ScopedProcess scope(process_);
+        manager_ = new AppManager();
+    }
+    ctx_.AddSystemAbility(SA_ID, manager_);
+}
+
+bool AppManagerService::NotifyAppState(const std::string& bundle, int32_t pid, int32_t state, bool focus)
+{
+    if (manager_ == nullptr || !process_->IsAlive()) {
+        return false;
+    }
+    AppExecFwk::AppStateData data;
+    data.bundleName = bundle;
+    data.pid = pid;
+    data.state = state;
+    data.isFocused = focus;
+    if (auto package = ctx_.Catalog().FindByBundle(bundle)) {
+        data.uid = package->uid;
+    }
+    ScopedProcess scope(process_);
+    manager_->NotifyForegroundApplicationChanged(data);
+    return true;
+}
+
+void AppManagerService::Restart()
+{
+    std::shared_ptr<VirtualProcess> oldProcess = std::move(process_);
+    sptr<AppManager> oldManager = std::move(manager_);
+    if (oldProcess != nullptr) {
+        oldProcess->Kill();
+    }
+    if (oldManager != nullptr) {
+        oldManager->Clear();
+    }
+    Start();
+}
+
+size_t AppManagerService::ObserverCount() const
+{
+    return manager_ != nullptr ? manager_->ObserverCount() : 0;
+}
+
+}  // namespace Tarvo::Emu

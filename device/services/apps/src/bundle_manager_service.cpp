@@ -1,0 +1,27 @@
+#include "bundle_manager_service.h"
+
+#include "bundle_manager_stub.h"
+#include "bundle_mgr_interface.h"
+
+namespace Tarvo::Emu {
+
+static_assert(BundleManagerService::SA_ID == AppExecFwk::BUNDLE_MGR_SERVICE_SYS_ABILITY_ID);
+
+BundleManagerService::BundleManagerService(DeviceContext& ctx) : ctx_(ctx) {}
+
+BundleManagerService::~BundleManagerService() = default;
+
+void BundleManagerService::Start()
+{
+    if (process_ != nullptr) {
+        return;
+    }
+    process_ = ctx_.MakeServiceProcess("bundle_manager");
+    {
+        ScopedProcess scope(process_);
+        stub_ = new BundleManagerStub(ctx_.Catalog());
+    }
+    ctx_.AddSystemAbility(SA_ID, stub_);
+}
+
+}  // namespace Tarvo::Emu

@@ -1,0 +1,40 @@
+#include "parameter_service.h"
+
+#include <filesystem>
+
+#include "i_parameter_service.h"
+#include "parameter_service_impl.h"
+#include "parameter_store.h"
+
+namespace Tarvo::Emu {
+namespace {
+std::string ParametersFile(const std::string& dataDir)
+{
+    return dataDir.empty() ? std::string() : (std::filesystem::path(dataDir) / "parameters").string();
+}
+}  // namespace
+
+ParameterService::ParameterService(DeviceContext& ctx)
+    : ctx_(ctx), store_(std::make_shared<ParameterStore>(ParametersFile(ctx.DataDir()), ctx.GetTrace()))
+{
+}
+
+ParameterService::~ParameterService() = default;
+
+void ParameterService::Start()
+{
+    store_->Load();
+    process_ = ctx_.MakeServiceProcess("param_service");
+    {
+        ScopedProcess scope(process_);
+        stub_ = new ParameterServiceImpl(store_);
+    }
+    ctx_.AddSystemAbility(system::IParameterService::PARAMETER_SERVICE_ID, stub_);
+}
+
+void ParameterService::Preset(const std::string& key, const std::string& value)
+{
+    store_->Set(key, value, false);
+}
+
+}  // namespace Tarvo::Emu

@@ -1,0 +1,47 @@
+#include "render_service.h"
+
+#include <gtest/gtest.h>
+
+#include "display_test_device.h"
+#include "rs_interfaces.h"
+#include "virtual_clock.h"
+
+namespace Tarvo::Emu::Test {
+namespace {
+using Vantel::RSInterfaces;
+
+class RenderServiceTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        VirtualClock::Install();
+        service_.Start();
+    }
+
+    DisplayTestDevice device_;
+    RenderService service_{device_};
+};
+
+TEST_F(RenderServiceTest, NoticesFromAnotherProcessAreTracedInOrderWithTheirFields)
+{
+    {
+        ScopedProcess scope(device_.MakeClientProcess("zel_manager"));
+        RSInterfaces::GetInstance().NotifyPackageEvent(2, {"com.a:0:-1", "com.b"});
+        RSInterfaces::GetInstance().NotifyRefreshRateEvent({"VOTER_SCENE", true, 0, 120, "BACK_APP_ANIMATION"});
+        RSInterfaces::GetInstance().NotifyRefreshRateEvent({"VOTER_THERMAL", false, 30, 60, ""});
+        RSInterfaces::GetInstance().NotifyLightFactorStatus(true);
+        RSInterfaces::GetInstance().NotifyPackageEvent(0, {});
+    }
+    EXPECT_EQ(device_.TraceLines(),
+              (std::vector<std::string>{
+                  R"({"t":0,"ev":"mox.package","pkgs":["com.a:0:-1","com.b"]})",
+                  R"({"t":0,"ev":"mox.refresh","name":"VOTER_SCENE","status":true,"min":0,"max":120,)"
+                  R"("desc":"BACK_APP_ANIMATION"})",
+                  R"({"t":0,"ev":"mox.refresh","name":"VOTER_THERMAL","status":false,"min":30,"max":60,"desc":""})",
+                  R"({"t":0,"ev":"mox.light","status":true})",
+                  R"({"t":0,"ev":"mox.package","pkgs":[]})",
+              }));
+}
+
+}  // namespace
+}  // namespace Tarvo::Emu::Test

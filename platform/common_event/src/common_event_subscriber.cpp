@@ -1,0 +1,10 @@
+#include "common_event_subscriber.h"
+
+namespace Tarvo::EventFwk {
+
+CommonEventSubscriber::CommonEventSubscriber(const CommonEventSubscribeInfo& subscribeInfo)
+    : subscribeInfo_(subscribeInfo)
+{
+}
+
+}  // namespace Tarvo::EventFwk

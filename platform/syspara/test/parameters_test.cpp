@@ -1,0 +1,151 @@
+#include "parameters.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <map>
+#include <mutex>
+
+#include "ipc_driver.h"
+#include "ipc_skeleton.h"
+#include "ipc_types.h"
+#include "message_option.h"
+#include "parameter_service_stub.h"
+#include "system_ability_manager.h"
+
+namespace Tarvo::system {
+namespace {
+
+std::shared_ptr<VirtualProcess> MakeProcess(int32_t pid, const std::string& name)
+{
+    return VirtualProcess::Create({pid, pid, 1u << 28, 1u << 28, name});
+}
+
+std::string Hex(const Parcel& parcel, size_t from = 0)
+{
+    std::string out;
+    char byte[4];
+    for (size_t i = from; i < parcel.GetDataSize(); ++i) {
+        snprintf(byte, sizeof(byte), out.empty() ? "%02X" : " %02X", parcel.GetData()[i]);
+        out += byte;
+    }
+    return out;
+}
+
+// A parameter store in memory that keeps the bytes of every request and reply.
+class FakeParameterService : public ParameterServiceStub {
+public:
+    int OnRemoteRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option) override
+    {
+        MessageParcel request = data;
+        int status = ParameterServiceStub::OnRemoteRequest(code, data, reply, option);
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (request.ReadInterfaceToken() == GetDescriptor()) {
+            wire_.push_back(Hex(request, request.GetReadPosition()) + " -> " + Hex(reply));
+        }
+        return status;
+    }
+    int32_t SetParameter(const std::string& key, const std::string& value) override
+    {
+        if (!IsValidParameter(key, value)) {
+            return PARAMETER_REFUSED;
+        }
+        std::lock_guard<std::mutex> lock(mutex_);
+        values_[key] = value;
+        return 0;
+    }
+    std::optional<std::string> GetParameter(const std::string& key) override
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto it = values_.find(key);
+        return it != values_.end() ? std::optional<std::string>(it->second) : std::nullopt;
+    }
+    std::vector<std::string> Wire()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return wire_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::map<std::string, std::string> values_;
+    std::vector<std::string> wire_;
+};
+
+class ParametersTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        {
+            ScopedProcess scope(samgrProcess_);
+            registry_ = new SystemAbilityManager();
+        }
+        IPCSkeleton::SetContextObject(registry_);
+        ScopedProcess scope(serviceProcess_);
+        service_ = new FakeParameterService();
+        registry_->AddSystemAbility(IParameterService::PARAMETER_SERVICE_ID, service_);
+    }
+    void TearDown() override { IPCSkeleton::SetContextObject(nullptr); }
+
+    std::shared_ptr<VirtualProcess> samgrProcess_ = MakeProcess(10, "samgr");
+    std::shared_ptr<VirtualProcess> serviceProcess_ = MakeProcess(20, "param_service");
+    std::shared_ptr<VirtualProcess> clientProcess_ = MakeProcess(30, "client");
+    sptr<SystemAbilityManager> registry_;
+    sptr<FakeParameterService> service_;
+};
+
+TEST_F(ParametersTest, SetAndGetTravelToTheServiceOfAnotherProcess)
+{
+    ScopedProcess scope(clientProcess_);
+    EXPECT_TRUE(SetParameter("a.b", "1"));
+    EXPECT_EQ(GetParameter("a.b", "def"), "1");
+    EXPECT_EQ(GetParameter("a.c", "def"), "def");
+    EXPECT_EQ(service_->Wire(), (std::vector<std::string>{
+                                    "03 00 00 00 61 2E 62 00 01 00 00 00 31 00 00 00 -> 00 00 00 00",  // set
+                                    "03 00 00 00 61 2E 62 00 -> 01 00 00 00 01 00 00 00 31 00 00 00",  // found
+                                    "03 00 00 00 61 2E 63 00 -> 00 00 00 00",                          // not set
+                                }));
+    // Refused by the service: an empty key, a key with '=', a value with a line break.
+    EXPECT_FALSE(SetParameter("", "1"));
+    EXPECT_FALSE(SetParameter("a=b", "1"));
+    EXPECT_FALSE(SetParameter("a.b", "1\n2"));
+    EXPECT_EQ(GetParameter("a.b", "def"), "1");
+}
+
+TEST_F(ParametersTest, UnreachableServiceGivesFalseAndTheDefault)
+{
+    ScopedProcess scope(clientProcess_);
+    registry_->RemoveSystemAbility(IParameterService::PARAMETER_SERVICE_ID);
+    EXPECT_FALSE(SetParameter("a.b", "1"));
+    EXPECT_EQ(GetParameter("a.b", "def"), "def");
+    registry_->AddSystemAbility(IParameterService::PARAMETER_SERVICE_ID, service_);
+    IPCDriver::GetInstance().SetTransportFault(serviceProcess_->Pid(), true);
+    EXPECT_FALSE(SetParameter("a.b", "1"));
+    EXPECT_EQ(GetParameter("a.b", "def"), "def");
+    IPCDriver::GetInstance().SetTransportFault(serviceProcess_->Pid(), false);
+    IPCSkeleton::SetContextObject(nullptr);
+    EXPECT_FALSE(SetParameter("a.b", "1"));
+    EXPECT_TRUE(service_->Wire().empty());
+}
+
+TEST_F(ParametersTest, StubRefusesForeignTokensAndTruncatedRequests)
+{
+    auto send = [this](uint32_t code, MessageParcel& data) {
+        MessageParcel reply;
+        MessageOption option;
+        return service_->OnRemoteRequest(code, data, reply, option);
+    };
+    MessageParcel foreign;
+    foreign.WriteInterfaceToken(u"tarvo.startup.Other");
+    foreign.WriteString("a.b");
+    foreign.WriteString("1");
+    EXPECT_EQ(send(IParameterService::SET_PARAMETER, foreign), ERR_INVALID_VALUE);
+    MessageParcel cut;
+    cut.WriteInterfaceToken(IParameterService::GetDescriptor());
+    cut.WriteString("a.b");
+    EXPECT_EQ(send(IParameterService::SET_PARAMETER, cut), ERR_INVALID_VALUE);
+    EXPECT_EQ(service_->GetParameter("a.b"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace Tarvo::system

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
+
 #include "hilog.h"
 #include "virtual_clock.h"
 
@@ -58,6 +60,15 @@ TEST_F(ZelEventHandleTest, TheSingletonRunsOnItsNamedRunnerAtLowPriorityWithItsC
     EventHandle* handle = EventHandle::GetInstance();
     EXPECT_EQ(handle, EventHandle::GetInstance());
     EXPECT_EQ(handle->GetHandler()->GetEventRunner()->GetRunnerThreadName(), "zel_manager_service_handler");
+    // Keep the runner busy so that the task due at once stays queued while we look.
+    std::promise<void> started;
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    handle->ExecuteAsyncTask([&started, released] {
+        started.set_value();
+        released.wait();
+    });
+    started.get_future().wait();
     handle->DelayTask([] {}, 10);
     handle->PostEvent([] {}, "named", 20);
     handle->ExecuteAsyncTask([] {});
@@ -70,6 +81,7 @@ TEST_F(ZelEventHandleTest, TheSingletonRunsOnItsNamedRunnerAtLowPriorityWithItsC
         functions.push_back(task.caller.func_ + ":" + task.name);
     }
     EXPECT_EQ(functions, (std::vector<std::string>{"ExecuteAsyncTask:", "DelayTask:", "PostEvent:named"}));
+    release.set_value();
 }
 
 TEST_F(ZelEventHandleTest, TwoPostsOfOneNameBothRun)

@@ -5,10 +5,9 @@
 #include "hilog.h"
 #include "ipc_driver.h"
 #include "ipc_object_stub.h"
-#include "ipc_skeleton.h"
 #include "iservice_registry.h"
+#include "platform_test_support.h"
 #include "service_host.h"
-#include "system_ability_manager.h"
 #include "virtual_clock.h"
 #include "zel_manager_proxy.h"
 #include "zel_test_processes.h"
@@ -26,15 +25,9 @@ protected:
     void SetUp() override
     {
         VirtualClock::Install();
-        {
-            ScopedProcess scope(samgrProcess_);
-            samgr_ = new SystemAbilityManager();
-        }
-        IPCSkeleton::SetContextObject(samgr_);
         std::string error;
         ASSERT_TRUE(host_.LoadLibrary(ZEL_SERVICE_LIBRARY, &error)) << error;
     }
-    void TearDown() override { IPCSkeleton::SetContextObject(nullptr); }
 
     void RunUntil(int64_t ms)
     {
@@ -42,11 +35,7 @@ protected:
     }
 
     // A platform ability (501 application manager, 4607 display manager) comes up.
-    void AbilityUp(int32_t id)
-    {
-        ScopedProcess scope(platformProcess_);
-        samgr_->AddSystemAbility(id, new IPCObjectStub(u"platform.Ability"));
-    }
+    void AbilityUp(int32_t id) { samgr_.AddAbility<IPCObjectStub>(id, platformProcess_, u"platform.Ability"); }
 
     sptr<IZelManager> ServiceFrom(const std::shared_ptr<VirtualProcess>& process)
     {
@@ -56,10 +45,9 @@ protected:
     }
 
     LogCapture log_;
-    std::shared_ptr<VirtualProcess> samgrProcess_ = MakeCaller(CallerKind::NATIVE, 10);
     std::shared_ptr<VirtualProcess> platformProcess_ = MakeCaller(CallerKind::NATIVE, 11);
-    sptr<SystemAbilityManager> samgr_;
     ServiceHost host_{MakeCaller(CallerKind::NATIVE, 1000)};
+    Tarvo::Test::ScopedServiceManager samgr_{MakeCaller(CallerKind::NATIVE, 10)};
 };
 
 TEST_F(ZelManagerServiceTest, TheLibraryRegistersTheServiceWhichPublishesAtOnceOnStart)
@@ -112,10 +100,10 @@ TEST_F(ZelManagerServiceTest, StartUpWaitsForTheServiceManagerItself)
     host_.StartAbilities();  // published while the service manager was there
     AbilityUp(501);
     AbilityUp(4607);
-    IPCSkeleton::SetContextObject(nullptr);
+    samgr_.Uninstall();
     RunUntil(6000);
     EXPECT_EQ(log_.Count(LOG_INFO, "GetSystemAbilityManager fail!"), 3u);
-    IPCSkeleton::SetContextObject(samgr_);
+    samgr_.Install();
     RunUntil(20000);
     EXPECT_EQ(log_.Count(LOG_INFO, "GetSystemAbilityManager fail!"), 3u);
     EXPECT_EQ(log_.Count(LOG_INFO, kWaiting), 0u);

@@ -3,13 +3,13 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "ipc_object_stub.h"
 #include "iremote_stub.h"
 #include "message_parcel.h"
+#include "platform_test_support.h"
 #include "zel_manager_stub.h"
 
 namespace Tarvo::Vantel::Test {
@@ -53,17 +53,7 @@ public:
     int32_t OnGameFpsChange(uint32_t) override { return 0; }
 };
 
-// "11 00 00 00 54 00 ..." : bytes as the wire carries them.
-inline std::string Hex(const Parcel& parcel)
-{
-    std::string out;
-    char byte[4];
-    for (size_t i = 0; i < parcel.GetDataSize(); ++i) {
-        snprintf(byte, sizeof(byte), i == 0 ? "%02X" : " %02X", parcel.GetData()[i]);
-        out += byte;
-    }
-    return out;
-}
+using Tarvo::Test::Hex;
 
 // The interface token "Tarvo.IZelManager": length 17, UTF-16LE, a 0 unit, no padding needed.
 inline const std::string kManagerTokenHex =

@@ -1,7 +1,6 @@
 #include "zel_test_processes.h"
 
-#include "access_token_kit.h"
-#include "tokenid_kit.h"
+#include "platform_test_support.h"
 
 namespace Tarvo::Vantel::Test {
 using namespace Tarvo::Security::AccessToken;
@@ -14,9 +13,8 @@ std::shared_ptr<VirtualProcess> MakeCaller(CallerKind kind, int32_t pid)
     } else if (kind == CallerKind::SHELL) {
         type = TOKEN_SHELL;
     }
-    AccessTokenID token = AccessTokenKit::MakeTokenId(type, static_cast<uint32_t>(pid));
-    FullTokenID full = TokenIdKit::MakeFullTokenId(token, kind == CallerKind::SYSTEM_APP);
-    return VirtualProcess::Create({pid, 20010000 + pid, token, full, KindName(kind)});
+    return VirtualProcess::Create(
+        Tarvo::Test::MakeIdentity(pid, 20010000 + pid, type, kind == CallerKind::SYSTEM_APP, KindName(kind)));
 }
 
 std::string KindName(CallerKind kind)

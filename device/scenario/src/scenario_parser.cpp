@@ -75,6 +75,8 @@ public:
         const bool timed = !stamped || ParseTime(words[0], last_, &time, &error);
         if (!timed) {
             Report(number, error);
+        } else {
+            last_ = time;  // later lines are held to it even when this line's command is wrong
         }
         const size_t first = stamped ? 1 : 0;
         if (words.size() <= first) {
@@ -86,7 +88,6 @@ public:
             return Report(number, error);
         }
         if (timed) {
-            last_ = time;
             const bool ends = std::holds_alternative<Cmd::End>(command);
             result_->scenario.lines.push_back(ScenarioLine{number, time, Trimmed(line), std::move(command)});
             ended_ = ended_ || ends;

@@ -7,9 +7,8 @@
 
 #include "app_category_interface.h"
 #include "ipc_object_stub.h"
-#include "ipc_skeleton.h"
 #include "ipc_types.h"
-#include "system_ability_manager.h"
+#include "platform_test_support.h"
 
 namespace QuillonServiceClient {
 namespace {
@@ -35,10 +34,10 @@ public:
 
 class CategoryManagerTest : public testing::Test {
 protected:
-    void TearDown() override { IPCSkeleton::SetContextObject(nullptr); }
     int32_t Ask() { return CategoryManager::GetCategoryFromSystem(bundles_, infos_, "zel"); }
 
-    sptr<SystemAbilityManager> registry_ = new SystemAbilityManager();
+    // Made in the test's own process, installed only once the test says so.
+    Tarvo::Test::ScopedServiceManager samgr_{nullptr, false};
     sptr<ScriptedCategoryService> service_ = new ScriptedCategoryService();
     std::vector<std::string> bundles_ = {"com.a"};
     std::vector<AppCategoryInfo> infos_ = {AppCategoryInfo("old", 1)};
@@ -47,9 +46,9 @@ protected:
 TEST_F(CategoryManagerTest, ReadsOnlyWhatTheReplyHoldsAndLeavesTheAnswerAloneOnFailure)
 {
     EXPECT_EQ(Ask(), CATEGORY_ERR_UNAVAILABLE);  // no service manager
-    IPCSkeleton::SetContextObject(registry_);
+    samgr_.Install();
     EXPECT_EQ(Ask(), CATEGORY_ERR_UNAVAILABLE);  // no category service
-    registry_->AddSystemAbility(APP_CATEGORY_SA_ID, service_);
+    samgr_->AddSystemAbility(APP_CATEGORY_SA_ID, service_);
     service_->answer = [](MessageParcel& reply) { reply.WriteInt32(CATEGORY_ERR_SERVICE_DOWN); };
     EXPECT_EQ(Ask(), CATEGORY_ERR_SERVICE_DOWN);
     service_->answer = [](MessageParcel& reply) {

@@ -1,7 +1,6 @@
 // The application manager's and its observers' wire formats, byte for byte, both ways.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <memory>
 
 #include "app_mgr_proxy.h"
@@ -9,6 +8,7 @@
 #include "application_state_observer_proxy.h"
 #include "application_state_observer_stub.h"
 #include "ipc_types.h"
+#include "platform_test_support.h"
 
 namespace Tarvo::AppExecFwk {
 namespace {
@@ -16,13 +16,7 @@ namespace {
 // The bytes from the read position on.
 std::string Hex(const Parcel& parcel)
 {
-    std::string out;
-    char byte[4];
-    for (size_t i = parcel.GetReadPosition(); i < parcel.GetDataSize(); ++i) {
-        snprintf(byte, sizeof(byte), out.empty() ? "%02X" : " %02X", parcel.GetData()[i]);
-        out += byte;
-    }
-    return out;
+    return Test::Hex(parcel, parcel.GetReadPosition());
 }
 
 std::string Text(const AppStateData& d)

@@ -6,19 +6,14 @@
 
 #include "common_event_service_stub.h"
 #include "i_common_event_listener.h"
-#include "ipc_skeleton.h"
 #include "ipc_types.h"
-#include "system_ability_manager.h"
+#include "platform_test_support.h"
 
 namespace Tarvo::EventFwk {
 namespace {
+using Test::MakeProcess;
 
 constexpr auto kQuiet = std::chrono::seconds(10);
-
-std::shared_ptr<VirtualProcess> MakeProcess(int32_t pid, const std::string& name)
-{
-    return VirtualProcess::Create({pid, pid, 1u << 28, 1u << 28, name});
-}
 
 // Records what reaches the service and answers with a chosen result.
 class FakeService : public CommonEventServiceStub {
@@ -72,20 +67,9 @@ CommonEventData Event(const std::string& action, const std::string& bundle, int3
 
 class CommonEventManagerTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        ScopedProcess scope(samgrProcess_);
-        registry_ = new SystemAbilityManager();
-        IPCSkeleton::SetContextObject(registry_);
-    }
-    void TearDown() override { IPCSkeleton::SetContextObject(nullptr); }
-
     sptr<FakeService> StartService()
     {
-        ScopedProcess scope(serviceProcess_);
-        sptr<FakeService> service = new FakeService();
-        registry_->AddSystemAbility(COMMON_EVENT_SERVICE_ID, service);
-        return service;
+        return samgr_.AddAbility<FakeService>(COMMON_EVENT_SERVICE_ID, serviceProcess_);
     }
 
     std::shared_ptr<Recorder> MakeRecorder()
@@ -97,10 +81,9 @@ protected:
         return std::make_shared<Recorder>(CommonEventSubscribeInfo(skills));
     }
 
-    std::shared_ptr<VirtualProcess> samgrProcess_ = MakeProcess(10, "samgr");
     std::shared_ptr<VirtualProcess> serviceProcess_ = MakeProcess(20, "service");
     std::shared_ptr<VirtualProcess> appProcess_ = MakeProcess(30, "app");
-    sptr<SystemAbilityManager> registry_;
+    Tarvo::Test::ScopedServiceManager samgr_;
 };
 
 TEST_F(CommonEventManagerTest, EventDataTravelsInItsDocumentedLayout)

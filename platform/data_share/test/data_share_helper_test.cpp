@@ -6,20 +6,15 @@
 
 #include "data_share_connection_stub.h"
 #include "data_share_provider_stub.h"
-#include "ipc_skeleton.h"
 #include "ipc_types.h"
-#include "system_ability_manager.h"
+#include "platform_test_support.h"
 
 namespace Tarvo::DataShare {
 namespace {
+using Test::MakeProcess;
 
 constexpr const char* kTable = "datashare:///com.tarvo.settingsdata/entry/settingsdata/SETTINGSDATA?Proxy=true";
 constexpr const char* kExtension = "datashare:///com.tarvo.settingsdata.DataAbility";
-
-std::shared_ptr<VirtualProcess> MakeProcess(int32_t pid, const std::string& name)
-{
-    return VirtualProcess::Create({pid, pid, 1u << 28, 1u << 28, name});
-}
 
 std::vector<uint8_t> Bytes(const Parcel& parcel)
 {
@@ -90,22 +85,13 @@ class DataShareHelperTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        {
-            ScopedProcess scope(samgrProcess_);
-            registry_ = new SystemAbilityManager();
-            IPCSkeleton::SetContextObject(registry_);
-        }
         ScopedProcess scope(clientProcess_);
         token_ = new IPCObjectStub(u"test.Token");
     }
-    void TearDown() override { IPCSkeleton::SetContextObject(nullptr); }
 
     sptr<FakeProvider> StartProvider()
     {
-        ScopedProcess scope(providerProcess_);
-        sptr<FakeProvider> provider = new FakeProvider();
-        registry_->AddSystemAbility(DATA_SHARE_PROVIDER_SA_ID, provider);
-        return provider;
+        return samgr_.AddAbility<FakeProvider>(DATA_SHARE_PROVIDER_SA_ID, providerProcess_);
     }
 
     std::shared_ptr<DataShareHelper> Connect()
@@ -114,11 +100,10 @@ protected:
         return DataShareHelper::Creator(token_, kTable, kExtension);
     }
 
-    std::shared_ptr<VirtualProcess> samgrProcess_ = MakeProcess(10, "samgr");
     std::shared_ptr<VirtualProcess> providerProcess_ = MakeProcess(20, "provider");
     std::shared_ptr<VirtualProcess> clientProcess_ = MakeProcess(30, "client");
-    sptr<SystemAbilityManager> registry_;
     sptr<IRemoteObject> token_;
+    Tarvo::Test::ScopedServiceManager samgr_;
 };
 
 TEST_F(DataShareHelperTest, PredicatesBucketsAndResultSetsTravelInTheirDocumentedLayout)

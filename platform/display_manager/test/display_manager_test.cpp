@@ -2,38 +2,23 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <map>
 #include <mutex>
 
 #include "display_manager_service_stub.h"
 #include "ipc_driver.h"
-#include "ipc_skeleton.h"
 #include "ipc_types.h"
 #include "message_option.h"
+#include "platform_test_support.h"
 #include "screen_manager.h"
-#include "system_ability_manager.h"
 
 namespace Tarvo::Vantel {
 namespace {
+using Test::MakeProcess;
 
-std::shared_ptr<VirtualProcess> MakeProcess(int32_t pid, const std::string& name)
+std::string HexAfterToken(const MessageParcel& data)
 {
-    return VirtualProcess::Create({pid, pid, 1u << 28, 1u << 28, name});
-}
-
-std::string HexAfterToken(MessageParcel data)
-{
-    if (data.ReadInterfaceToken() != u"tarvo.rosen.DisplayManager") {
-        return "bad token";
-    }
-    std::string out;
-    char byte[4];
-    for (size_t i = data.GetReadPosition(); i < data.GetDataSize(); ++i) {
-        snprintf(byte, sizeof(byte), out.empty() ? "%02X" : " %02X", data.GetData()[i]);
-        out += byte;
-    }
-    return out;
+    return Test::HexAfterToken(data, u"tarvo.rosen.DisplayManager");
 }
 
 // A display manager with two screens that answers every resolution with `result` and keeps the
@@ -73,22 +58,14 @@ class DisplayManagerTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        {
-            ScopedProcess scope(samgrProcess_);
-            registry_ = new SystemAbilityManager();
-        }
-        IPCSkeleton::SetContextObject(registry_);
-        ScopedProcess scope(serviceProcess_);
-        service_ = new FakeDisplayManagerService();
-        registry_->AddSystemAbility(IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID, service_);
+        service_ = samgr_.AddAbility<FakeDisplayManagerService>(IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID,
+                                                                serviceProcess_);
     }
-    void TearDown() override { IPCSkeleton::SetContextObject(nullptr); }
 
-    std::shared_ptr<VirtualProcess> samgrProcess_ = MakeProcess(10, "samgr");
     std::shared_ptr<VirtualProcess> serviceProcess_ = MakeProcess(20, "display_manager");
     std::shared_ptr<VirtualProcess> clientProcess_ = MakeProcess(30, "client");
-    sptr<SystemAbilityManager> registry_;
     sptr<FakeDisplayManagerService> service_;
+    Tarvo::Test::ScopedServiceManager samgr_;
 };
 
 TEST_F(DisplayManagerTest, DisplaysAndScreensComeFromTheServiceOfAnotherProcess)
@@ -119,14 +96,14 @@ TEST_F(DisplayManagerTest, UnreachableServiceGivesInvalidIdNoScreensAndAnError)
     ScopedProcess scope(clientProcess_);
     sptr<Screen> screen = ScreenManager::GetInstance().GetScreenById(3);
     ASSERT_NE(screen, nullptr);
-    registry_->RemoveSystemAbility(IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID);
+    samgr_->RemoveSystemAbility(IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID);
     EXPECT_EQ(DisplayManager::GetInstance().GetDefaultDisplayId(), DISPLAY_ID_INVALID);
     EXPECT_EQ(ScreenManager::GetInstance().GetScreenById(3), nullptr);
     EXPECT_TRUE(ScreenManager::GetInstance().GetAllScreens().empty());
     EXPECT_EQ(screen->SetResolution(1, 1, 1), DMError::DM_ERROR_NULLPTR);
 
     // Published, but the transport to its process fails: the request itself fails.
-    registry_->AddSystemAbility(IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID, service_);
+    samgr_->AddSystemAbility(IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID, service_);
     IPCDriver::GetInstance().SetTransportFault(serviceProcess_->Pid(), true);
     EXPECT_EQ(screen->SetResolution(1, 1, 1), DMError::DM_ERROR_IPC_FAILED);
     EXPECT_EQ(DisplayManager::GetInstance().GetDefaultDisplayId(), DISPLAY_ID_INVALID);

@@ -2,36 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <mutex>
 
-#include "ipc_skeleton.h"
 #include "ipc_types.h"
 #include "message_option.h"
+#include "platform_test_support.h"
 #include "render_service_stub.h"
-#include "system_ability_manager.h"
 
 namespace Tarvo::Vantel {
 namespace {
+using Test::MakeProcess;
 
-std::shared_ptr<VirtualProcess> MakeProcess(int32_t pid, const std::string& name)
+std::string HexAfterToken(const MessageParcel& data)
 {
-    return VirtualProcess::Create({pid, pid, 1u << 28, 1u << 28, name});
-}
-
-// The bytes after the interface token, as the wire carries them.
-std::string HexAfterToken(MessageParcel data)
-{
-    if (data.ReadInterfaceToken() != u"tarvo.rosen.RenderService") {
-        return "bad token";
-    }
-    std::string out;
-    char byte[4];
-    for (size_t i = data.GetReadPosition(); i < data.GetDataSize(); ++i) {
-        snprintf(byte, sizeof(byte), out.empty() ? "%02X" : " %02X", data.GetData()[i]);
-        out += byte;
-    }
-    return out;
+    return Test::HexAfterToken(data, u"tarvo.rosen.RenderService");
 }
 
 // Where the render service would be: records each request whole.
@@ -71,22 +55,13 @@ class RSInterfacesTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        {
-            ScopedProcess scope(samgrProcess_);
-            registry_ = new SystemAbilityManager();
-        }
-        IPCSkeleton::SetContextObject(registry_);
-        ScopedProcess scope(renderProcess_);
-        service_ = new RecordingRenderService();
-        registry_->AddSystemAbility(IRenderService::RENDER_SERVICE_ID, service_);
+        service_ = samgr_.AddAbility<RecordingRenderService>(IRenderService::RENDER_SERVICE_ID, renderProcess_);
     }
-    void TearDown() override { IPCSkeleton::SetContextObject(nullptr); }
 
-    std::shared_ptr<VirtualProcess> samgrProcess_ = MakeProcess(10, "samgr");
     std::shared_ptr<VirtualProcess> renderProcess_ = MakeProcess(20, "render_service");
     std::shared_ptr<VirtualProcess> clientProcess_ = MakeProcess(30, "client");
-    sptr<SystemAbilityManager> registry_;
     sptr<RecordingRenderService> service_;
+    Tarvo::Test::ScopedServiceManager samgr_;
 };
 
 TEST_F(RSInterfacesTest, EachNoticeIsOneSynchronousRequestWithItsFieldsInOrder)
@@ -142,14 +117,14 @@ TEST_F(RSInterfacesTest, StubRefusesForeignTokensAndTruncatedNotices)
 TEST_F(RSInterfacesTest, NoticesAreDroppedWhileTheServiceCannotBeReached)
 {
     ScopedProcess scope(clientProcess_);
-    registry_->RemoveSystemAbility(IRenderService::RENDER_SERVICE_ID);
+    samgr_->RemoveSystemAbility(IRenderService::RENDER_SERVICE_ID);
     RSInterfaces::GetInstance().NotifyLightFactorStatus(false);
-    registry_->AddSystemAbility(IRenderService::RENDER_SERVICE_ID, service_);
-    IPCSkeleton::SetContextObject(nullptr);
+    samgr_->AddSystemAbility(IRenderService::RENDER_SERVICE_ID, service_);
+    samgr_.Uninstall();
     RSInterfaces::GetInstance().NotifyLightFactorStatus(false);
     EXPECT_TRUE(service_->Requests().empty());
     // Found again once it is back.
-    IPCSkeleton::SetContextObject(registry_);
+    samgr_.Install();
     RSInterfaces::GetInstance().NotifyLightFactorStatus(true);
     ASSERT_EQ(service_->Requests().size(), 1u);
     EXPECT_EQ(HexAfterToken(service_->Requests()[0].data), "01 00 00 00");

@@ -3,35 +3,22 @@
 #include "ipc_object_stub.h"
 #include "ipc_skeleton.h"
 #include "iservice_registry.h"
+#include "platform_test_support.h"
 #include "service_host.h"
-#include "system_ability_manager.h"
 
 namespace Tarvo {
 namespace {
-
-std::shared_ptr<VirtualProcess> MakeProcess(int32_t pid, const std::string& name)
-{
-    return VirtualProcess::Create({pid, pid, 1u << 28, 1u << 28, name});
-}
+using Test::MakeProcess;
 
 class SamgrTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        ScopedProcess scope(samgrProcess_);
-        registry_ = new SystemAbilityManager();
-        IPCSkeleton::SetContextObject(registry_);
-    }
-    void TearDown() override { IPCSkeleton::SetContextObject(nullptr); }
-
     sptr<ISystemAbilityManager> ClientIn(const std::shared_ptr<VirtualProcess>& process)
     {
         ScopedProcess scope(process);
         return SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
     }
 
-    std::shared_ptr<VirtualProcess> samgrProcess_ = MakeProcess(10, "samgr");
-    sptr<SystemAbilityManager> registry_;
+    Tarvo::Test::ScopedServiceManager samgr_;
 };
 
 TEST_F(SamgrTest, AbilitiesAddedInOneProcessAreObtainableFromAnother)
@@ -67,10 +54,10 @@ TEST_F(SamgrTest, NoServiceManagerWhenUnsetOrItsProcessDied)
 {
     auto clientProcess = MakeProcess(31, "client");
     EXPECT_NE(ClientIn(clientProcess), nullptr);
-    IPCSkeleton::SetContextObject(nullptr);
+    samgr_.Uninstall();
     EXPECT_EQ(ClientIn(clientProcess), nullptr);
-    IPCSkeleton::SetContextObject(registry_);
-    samgrProcess_->Kill();
+    samgr_.Install();
+    samgr_.Process()->Kill();
     EXPECT_EQ(ClientIn(clientProcess), nullptr);
 }
 

@@ -2,35 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <map>
 #include <mutex>
 
 #include "ipc_driver.h"
-#include "ipc_skeleton.h"
 #include "ipc_types.h"
 #include "message_option.h"
 #include "parameter_service_stub.h"
-#include "system_ability_manager.h"
+#include "platform_test_support.h"
 
 namespace Tarvo::system {
 namespace {
-
-std::shared_ptr<VirtualProcess> MakeProcess(int32_t pid, const std::string& name)
-{
-    return VirtualProcess::Create({pid, pid, 1u << 28, 1u << 28, name});
-}
-
-std::string Hex(const Parcel& parcel, size_t from = 0)
-{
-    std::string out;
-    char byte[4];
-    for (size_t i = from; i < parcel.GetDataSize(); ++i) {
-        snprintf(byte, sizeof(byte), out.empty() ? "%02X" : " %02X", parcel.GetData()[i]);
-        out += byte;
-    }
-    return out;
-}
+using Test::Hex;
+using Test::MakeProcess;
 
 // A parameter store in memory that keeps the bytes of every request and reply.
 class FakeParameterService : public ParameterServiceStub {
@@ -76,22 +60,13 @@ class ParametersTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        {
-            ScopedProcess scope(samgrProcess_);
-            registry_ = new SystemAbilityManager();
-        }
-        IPCSkeleton::SetContextObject(registry_);
-        ScopedProcess scope(serviceProcess_);
-        service_ = new FakeParameterService();
-        registry_->AddSystemAbility(IParameterService::PARAMETER_SERVICE_ID, service_);
+        service_ = samgr_.AddAbility<FakeParameterService>(IParameterService::PARAMETER_SERVICE_ID, serviceProcess_);
     }
-    void TearDown() override { IPCSkeleton::SetContextObject(nullptr); }
 
-    std::shared_ptr<VirtualProcess> samgrProcess_ = MakeProcess(10, "samgr");
     std::shared_ptr<VirtualProcess> serviceProcess_ = MakeProcess(20, "param_service");
     std::shared_ptr<VirtualProcess> clientProcess_ = MakeProcess(30, "client");
-    sptr<SystemAbilityManager> registry_;
     sptr<FakeParameterService> service_;
+    Tarvo::Test::ScopedServiceManager samgr_;
 };
 
 TEST_F(ParametersTest, SetAndGetTravelToTheServiceOfAnotherProcess)
@@ -115,15 +90,15 @@ TEST_F(ParametersTest, SetAndGetTravelToTheServiceOfAnotherProcess)
 TEST_F(ParametersTest, UnreachableServiceGivesFalseAndTheDefault)
 {
     ScopedProcess scope(clientProcess_);
-    registry_->RemoveSystemAbility(IParameterService::PARAMETER_SERVICE_ID);
+    samgr_->RemoveSystemAbility(IParameterService::PARAMETER_SERVICE_ID);
     EXPECT_FALSE(SetParameter("a.b", "1"));
     EXPECT_EQ(GetParameter("a.b", "def"), "def");
-    registry_->AddSystemAbility(IParameterService::PARAMETER_SERVICE_ID, service_);
+    samgr_->AddSystemAbility(IParameterService::PARAMETER_SERVICE_ID, service_);
     IPCDriver::GetInstance().SetTransportFault(serviceProcess_->Pid(), true);
     EXPECT_FALSE(SetParameter("a.b", "1"));
     EXPECT_EQ(GetParameter("a.b", "def"), "def");
     IPCDriver::GetInstance().SetTransportFault(serviceProcess_->Pid(), false);
-    IPCSkeleton::SetContextObject(nullptr);
+    samgr_.Uninstall();
     EXPECT_FALSE(SetParameter("a.b", "1"));
     EXPECT_TRUE(service_->Wire().empty());
 }

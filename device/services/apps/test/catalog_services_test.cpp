@@ -1,8 +1,6 @@
 // The services that answer from the package catalogue, reached as the manager reaches them.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 #include "app_category_service.h"
 #include "bundle_manager_service.h"
 #include "category_manager.h"
@@ -16,28 +14,8 @@ namespace {
 using QuillonServiceClient::AppCategoryInfo;
 using QuillonServiceClient::CategoryManager;
 using Tarvo::ComponentScheduler::ComponentSchedClient;
-
-std::vector<uint8_t> Bytes(const std::string& hex)
-{
-    std::vector<uint8_t> bytes;
-    unsigned value = 0;
-    for (size_t i = 0; i + 1 < hex.size(); i += 3) {
-        sscanf(hex.c_str() + i, "%2x", &value);
-        bytes.push_back(static_cast<uint8_t>(value));
-    }
-    return bytes;
-}
-
-std::string Hex(const Parcel& parcel)
-{
-    std::string out;
-    char byte[4];
-    for (size_t i = 0; i < parcel.GetDataSize(); ++i) {
-        snprintf(byte, sizeof(byte), i == 0 ? "%02X" : " %02X", parcel.GetData()[i]);
-        out += byte;
-    }
-    return out;
-}
+using Tarvo::Test::Hex;
+using Tarvo::Test::ParcelFromHex;
 
 std::vector<std::string> Text(const std::vector<AppCategoryInfo>& infos)
 {
@@ -68,9 +46,7 @@ protected:
             return -1;
         }
         ScopedProcess scope(caller_);
-        std::vector<uint8_t> bytes = Bytes(requestHex);
-        MessageParcel data;
-        data.ParseFrom(bytes.data(), bytes.size());
+        MessageParcel data = ParcelFromHex(requestHex);
         MessageParcel reply;
         MessageOption option;
         int status = remote->SendRequest(code, data, reply, option);

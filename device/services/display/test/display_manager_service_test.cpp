@@ -3,9 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "display_manager.h"
-#include "display_test_device.h"
 #include "screen_manager.h"
-#include "virtual_clock.h"
+#include "test_device_context.h"
 
 namespace Tarvo::Emu::Test {
 namespace {
@@ -13,13 +12,9 @@ using namespace Tarvo::Vantel;
 
 class DisplayManagerServiceTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        VirtualClock::Install();
-        service_.Start();
-    }
+    void SetUp() override { service_.Start(); }
 
-    DisplayTestDevice device_;
+    TestDeviceContext device_{TestDeviceContext::Clock::VIRTUAL};
     DisplayManagerService service_{device_};
     std::shared_ptr<VirtualProcess> client_ = device_.MakeClientProcess("zel_manager");
 };

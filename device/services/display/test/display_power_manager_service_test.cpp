@@ -2,21 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <mutex>
 
 #include "display_power_mgr_interface.h"
-#include "display_test_device.h"
 #include "ipc_object_stub.h"
 #include "ipc_skeleton.h"
 #include "ipc_types.h"
 #include "iservice_registry.h"
 #include "message_option.h"
+#include "test_device_context.h"
 #include "virtual_clock.h"
 
 namespace Tarvo::Emu::Test {
 namespace {
 using namespace Tarvo::DisplayPowerMgr;
+using Tarvo::Test::Hex;
 
 // The interface tokens as the wire carries them.
 const std::string kPowerMgrTokenHex =
@@ -27,28 +27,6 @@ const std::string kCallbackTokenHex =
     "29 00 00 00 74 00 61 00 72 00 76 00 6F 00 2E 00 70 00 6F 00 77 00 65 00 72 00 6D 00 67 00 72 00 2E 00 49 00 "
     "44 00 69 00 73 00 70 00 6C 00 61 00 79 00 42 00 72 00 69 00 67 00 68 00 74 00 6E 00 65 00 73 00 73 00 43 00 "
     "61 00 6C 00 6C 00 62 00 61 00 63 00 6B 00 00 00";
-
-std::string Hex(const Parcel& parcel)
-{
-    std::string out;
-    char byte[4];
-    for (size_t i = 0; i < parcel.GetDataSize(); ++i) {
-        snprintf(byte, sizeof(byte), i == 0 ? "%02X" : " %02X", parcel.GetData()[i]);
-        out += byte;
-    }
-    return out;
-}
-
-MessageParcel FromHex(const std::string& hex)
-{
-    std::vector<uint8_t> bytes;
-    for (size_t i = 0; i + 1 < hex.size(); i += 3) {
-        bytes.push_back(static_cast<uint8_t>(std::stoul(hex.substr(i, 2), nullptr, 16)));
-    }
-    MessageParcel parcel;
-    parcel.ParseFrom(bytes.data(), bytes.size());
-    return parcel;
-}
 
 // A brightness callback that records what reaches it and from whom.
 class RecordingCallback : public IPCObjectStub {
@@ -74,11 +52,7 @@ private:
 
 class DisplayPowerManagerServiceTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        VirtualClock::Install();
-        service_.Start();
-    }
+    void SetUp() override { service_.Start(); }
 
     sptr<RecordingCallback> MakeCallback()
     {
@@ -92,7 +66,7 @@ protected:
         sptr<IRemoteObject> powerMgr =
             SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager()->GetSystemAbility(
                 DISPLAY_POWER_MANAGER_ID);
-        MessageParcel data = FromHex(hex);
+        MessageParcel data = Tarvo::Test::ParcelFromHex(hex);
         if (callback != nullptr) {
             data.WriteRemoteObject(callback);
         }
@@ -102,7 +76,7 @@ protected:
     }
     std::string PowerMgrPid() { return std::to_string(device_.FindProcess("display_power_manager")->Pid()); }
 
-    DisplayTestDevice device_;
+    TestDeviceContext device_{TestDeviceContext::Clock::VIRTUAL};
     DisplayPowerManagerService service_{device_};
     std::shared_ptr<VirtualProcess> zel_ = device_.MakeClientProcess("zel_manager");
 };

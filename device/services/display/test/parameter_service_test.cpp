@@ -5,17 +5,14 @@
 #include <fstream>
 #include <sstream>
 
-#include "display_test_device.h"
 #include "parameters.h"
-#include "virtual_clock.h"
+#include "test_device_context.h"
 
 namespace Tarvo::Emu::Test {
 namespace {
 
 class ParameterServiceTest : public testing::Test {
 protected:
-    void SetUp() override { VirtualClock::Install(); }
-
     std::string StoredFile()
     {
         std::ifstream in(device_.DataDir() + "/parameters");
@@ -24,7 +21,7 @@ protected:
         return content.str();
     }
 
-    DisplayTestDevice device_;
+    TestDeviceContext device_{TestDeviceContext::Clock::VIRTUAL};
     std::shared_ptr<VirtualProcess> client_ = device_.MakeClientProcess("zel_manager");
 };
 

@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "display_test_device.h"
 #include "rs_interfaces.h"
-#include "virtual_clock.h"
+#include "test_device_context.h"
 
 namespace Tarvo::Emu::Test {
 namespace {
@@ -12,13 +11,9 @@ using Vantel::RSInterfaces;
 
 class RenderServiceTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        VirtualClock::Install();
-        service_.Start();
-    }
+    void SetUp() override { service_.Start(); }
 
-    DisplayTestDevice device_;
+    TestDeviceContext device_{TestDeviceContext::Clock::VIRTUAL};
     RenderService service_{device_};
 };
 

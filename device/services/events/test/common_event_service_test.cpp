@@ -13,6 +13,7 @@ using EventFwk::CommonEventData;
 using EventFwk::CommonEventManager;
 using EventFwk::CommonEventSubscribeInfo;
 using EventFwk::CommonEventSupport;
+using Test::TestDeviceContext;
 
 constexpr auto kQuiet = std::chrono::seconds(10);
 
@@ -76,8 +77,8 @@ protected:
 
     TestDeviceContext ctx_;
     CommonEventService service_{ctx_};
-    std::shared_ptr<VirtualProcess> subscriberProcess_ = ctx_.MakeProcess("subscriber");
-    std::shared_ptr<VirtualProcess> publisherProcess_ = ctx_.MakeProcess("publisher");
+    std::shared_ptr<VirtualProcess> subscriberProcess_ = ctx_.MakeClientProcess("subscriber");
+    std::shared_ptr<VirtualProcess> publisherProcess_ = ctx_.MakeClientProcess("publisher");
 };
 
 TEST_F(CommonEventServiceTest, MatchingEventsReachTheSubscriberOnItsOwnProcess)

@@ -16,6 +16,7 @@ namespace {
 using DataShare::DataShareHelper;
 using DataShare::DataSharePredicates;
 using DataShare::DataShareValuesBucket;
+using Test::TestDeviceContext;
 
 constexpr auto kQuiet = std::chrono::seconds(10);
 constexpr const char* kMode = "settings.display.resolution_mode";
@@ -89,7 +90,7 @@ protected:
     }
 
     TestDeviceContext ctx_;
-    std::shared_ptr<VirtualProcess> client_ = ctx_.MakeProcess("client");
+    std::shared_ptr<VirtualProcess> client_ = ctx_.MakeClientProcess("client");
     sptr<IRemoteObject> token_ = [this] {
         ScopedProcess scope(client_);
         return sptr<IRemoteObject>(new IPCObjectStub(u"test.Token"));
@@ -181,7 +182,7 @@ TEST_F(SettingsProviderTest, ObserversOfAUriAreToldOnTheirOwnProcess)
     ASSERT_TRUE(provider_->Start());
     auto helper = Connect();
     ASSERT_NE(helper, nullptr);
-    auto observerProcess = ctx_.MakeProcess("observer");
+    auto observerProcess = ctx_.MakeClientProcess("observer");
     sptr<CountingObserver> observer;
     sptr<CountingObserver> elsewhere;
     {

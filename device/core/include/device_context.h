@@ -27,6 +27,22 @@ public:
     virtual void AddSystemAbility(int32_t id, const sptr<IRemoteObject>& object) = 0;
     // The run's data directory (settings database, parameters).
     virtual const std::string& DataDir() const = 0;
+
+    // Makes a service process, creates the service's object inside it (so that the process owns
+    // the object and handles its requests) and publishes it under the id.
+    template <typename Object, typename... Args>
+    sptr<Object> LaunchService(const std::string& processName, int32_t id, std::shared_ptr<VirtualProcess>& process,
+                               Args&&... args)
+    {
+        process = MakeServiceProcess(processName);
+        sptr<Object> object;
+        {
+            ScopedProcess scope(process);
+            object = new Object(std::forward<Args>(args)...);
+        }
+        AddSystemAbility(id, object);
+        return object;
+    }
 };
 
 }  // namespace Tarvo::Emu

@@ -16,13 +16,8 @@ void AppCategoryService::Start()
     if (process_ != nullptr) {
         return;
     }
-    process_ = ctx_.MakeServiceProcess("app_category");
-    {
-        ScopedProcess scope(process_);
-        stub_ = new AppCategoryStub(ctx_.Catalog());
-    }
+    stub_ = ctx_.LaunchService<AppCategoryStub>("app_category", SA_ID, process_, ctx_.Catalog());
     stub_->SetUp(up_);
-    ctx_.AddSystemAbility(SA_ID, stub_);
 }
 
 void AppCategoryService::SetUp(bool up)

@@ -16,12 +16,7 @@ void AppManagerService::Start()
     if (process_ != nullptr) {
         return;
     }
-    process_ = ctx_.MakeServiceProcess("app_manager");
-    {
-        ScopedProcess scope(process_);
-        manager_ = new AppManager();
-    }
-    ctx_.AddSystemAbility(SA_ID, manager_);
+    manager_ = ctx_.LaunchService<AppManager>("app_manager", SA_ID, process_);
 }
 
 bool AppManagerService::NotifyAppState(const std::string& bundle, int32_t pid, int32_t state, bool focus)

@@ -16,12 +16,7 @@ void BundleManagerService::Start()
     if (process_ != nullptr) {
         return;
     }
-    process_ = ctx_.MakeServiceProcess("bundle_manager");
-    {
-        ScopedProcess scope(process_);
-        stub_ = new BundleManagerStub(ctx_.Catalog());
-    }
-    ctx_.AddSystemAbility(SA_ID, stub_);
+    stub_ = ctx_.LaunchService<BundleManagerStub>("bundle_manager", SA_ID, process_, ctx_.Catalog());
 }
 
 }  // namespace Tarvo::Emu

@@ -16,12 +16,7 @@ void ComponentSchedulerService::Start()
     if (process_ != nullptr) {
         return;
     }
-    process_ = ctx_.MakeServiceProcess("component_scheduler");
-    {
-        ScopedProcess scope(process_);
-        stub_ = new ComponentSchedulerStub(ctx_.Catalog());
-    }
-    ctx_.AddSystemAbility(SA_ID, stub_);
+    stub_ = ctx_.LaunchService<ComponentSchedulerStub>("component_scheduler", SA_ID, process_, ctx_.Catalog());
 }
 
 }  // namespace Tarvo::Emu

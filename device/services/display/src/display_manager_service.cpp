@@ -9,12 +9,10 @@ DisplayManagerService::DisplayManagerService(DeviceContext& ctx) : ctx_(ctx) {}
 
 void DisplayManagerService::Start()
 {
-    process_ = ctx_.MakeServiceProcess("display_manager_service");
-    {
-        ScopedProcess scope(process_);
-        stub_ = new DisplayManagerServiceImpl(ctx_.GetTrace(), {0, INITIAL_WIDTH, INITIAL_HEIGHT, INITIAL_DENSITY});
-    }
-    ctx_.AddSystemAbility(Vantel::IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID, stub_);
+    const Vantel::ScreenInfo initial{0, INITIAL_WIDTH, INITIAL_HEIGHT, INITIAL_DENSITY};
+    stub_ = ctx_.LaunchService<DisplayManagerServiceImpl>("display_manager_service",
+                                                          Vantel::IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID,
+                                                          process_, ctx_.GetTrace(), initial);
 }
 
 }  // namespace Tarvo::Emu

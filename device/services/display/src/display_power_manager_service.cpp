@@ -15,12 +15,7 @@ DisplayPowerManagerService::~DisplayPowerManagerService() = default;
 
 void DisplayPowerManagerService::Start()
 {
-    process_ = ctx_.MakeServiceProcess("display_power_manager");
-    {
-        ScopedProcess scope(process_);
-        stub_ = new DisplayPowerMgrStubImpl();
-    }
-    ctx_.AddSystemAbility(DISPLAY_POWER_MANAGER_ID, stub_);
+    stub_ = ctx_.LaunchService<DisplayPowerMgrStubImpl>("display_power_manager", DISPLAY_POWER_MANAGER_ID, process_);
 }
 
 bool DisplayPowerManagerService::Light(uint32_t type, std::optional<bool> state)

@@ -24,12 +24,8 @@ ParameterService::~ParameterService() = default;
 void ParameterService::Start()
 {
     store_->Load();
-    process_ = ctx_.MakeServiceProcess("param_service");
-    {
-        ScopedProcess scope(process_);
-        stub_ = new ParameterServiceImpl(store_);
-    }
-    ctx_.AddSystemAbility(system::IParameterService::PARAMETER_SERVICE_ID, stub_);
+    stub_ = ctx_.LaunchService<ParameterServiceImpl>("param_service", system::IParameterService::PARAMETER_SERVICE_ID,
+                                                     process_, store_);
 }
 
 void ParameterService::Preset(const std::string& key, const std::string& value)

@@ -9,12 +9,8 @@ RenderService::RenderService(DeviceContext& ctx) : ctx_(ctx) {}
 
 void RenderService::Start()
 {
-    process_ = ctx_.MakeServiceProcess("render_service");
-    {
-        ScopedProcess scope(process_);
-        stub_ = new RenderServiceImpl(ctx_.GetTrace());
-    }
-    ctx_.AddSystemAbility(Vantel::IRenderService::RENDER_SERVICE_ID, stub_);
+    stub_ = ctx_.LaunchService<RenderServiceImpl>("render_service", Vantel::IRenderService::RENDER_SERVICE_ID, process_,
+                                                  ctx_.GetTrace());
 }
 
 }  // namespace Tarvo::Emu

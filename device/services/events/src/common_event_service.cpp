@@ -13,12 +13,7 @@ void CommonEventService::Start()
     if (process_ != nullptr) {
         return;
     }
-    process_ = ctx_.MakeServiceProcess("common_event_service");
-    {
-        ScopedProcess scope(process_);
-        hub_ = new CommonEventHub();
-    }
-    ctx_.AddSystemAbility(SA_ID, hub_);
+    hub_ = ctx_.LaunchService<CommonEventHub>("common_event_service", SA_ID, process_);
 }
 
 bool CommonEventService::Publish(const std::string& action, const std::optional<std::string>& bundle,

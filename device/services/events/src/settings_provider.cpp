@@ -20,12 +20,7 @@ bool SettingsProvider::Start(std::string* error)
     if (!store_->Open(ctx_.DataDir() + "/" + DATABASE_FILE, error)) {
         return false;
     }
-    process_ = ctx_.MakeServiceProcess("settings_provider");
-    {
-        ScopedProcess scope(process_);
-        stub_ = new SettingsProviderStub(store_);
-    }
-    ctx_.AddSystemAbility(SA_ID, stub_);
+    stub_ = ctx_.LaunchService<SettingsProviderStub>("settings_provider", SA_ID, process_, store_);
     return true;
 }
 

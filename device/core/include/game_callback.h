@@ -3,20 +3,18 @@
 
 #include <string>
 
-#include "i_zel_callback_interface.h"
-#include "iremote_stub.h"
 #include "trace.h"
+#include "zel_callback_stub.h"
 
 namespace Tarvo::Emu {
 
 // A game's frame-rate callback object, living in the game's process: every OnGameFpsChange it
 // receives is traced as game.fps {bundle, cb, fps}.
-class GameCallback : public IRemoteStub<Vantel::IZelCallbackInterface> {
+class GameCallback : public Vantel::ZelCallbackStub {
 public:
     GameCallback(Trace& trace, std::string bundle, std::string name);
 
     int32_t OnGameFpsChange(uint32_t targetFps) override;
-    int OnRemoteRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option) override;
 
 private:
     Trace& trace_;

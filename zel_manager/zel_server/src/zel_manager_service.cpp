@@ -1,7 +1,9 @@
 #include "zel_manager_service.h"
 
+#include "frame_rate_control.h"
 #include "iservice_registry.h"
 #include "zel_log.h"
+#include "zel_manager_config.h"
 
 namespace Tarvo::Vantel {
 namespace {
@@ -48,6 +50,8 @@ void ZelManagerService::InitServiceState()
             return;
         }
     }
+    // Read once; the scene catalogue and every switch and bound come from it.
+    ZelManagerConfig::LoadConfigXml();
 }
 
 void ZelManagerService::OnStop()
@@ -55,8 +59,12 @@ void ZelManagerService::OnStop()
     ZEL_LOGI("ZelManagerService OnStop");
 }
 
-// Components not yet in the library leave their requests accepted and without effect.
-void ZelManagerService::SetScene(const std::string&, const std::string&, uint32_t) {}
+void ZelManagerService::SetScene(const std::string& pkgName, const std::string& sceneName, uint32_t state)
+{
+    std::string pkg = pkgName;
+    std::string scene = sceneName;
+    FrameRateControl::GetInstance()->SetScene(pkg, scene, static_cast<int32_t>(state));
+}
 
 int32_t ZelManagerService::ChangeResolutionMode(int32_t mode, int32_t flag)
 {

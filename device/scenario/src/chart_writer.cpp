@@ -48,6 +48,7 @@ public:
     explicit SvgCanvas(int64_t span) : span_(span) {}
 
     double X(int64_t t) const { return LABEL_WIDTH + static_cast<double>(t) * PLOT_WIDTH / static_cast<double>(span_); }
+    int64_t End() const { return span_; }
     void Rect(double x, double y, double width, double height, const char* fill, const std::string& title)
     {
         char head[160];
@@ -97,6 +98,19 @@ void DrawLaneBackground(SvgCanvas& canvas, const ChartLane& lane, int top, size_
     canvas.Text(8, top + LaneHeight(lane) / 2.0 + 4, lane.label, " font-weight=\"bold\"");
 }
 
+// Where the next bar on the same row begins, or the plot's right edge.
+double RoomAfter(const SvgCanvas& canvas, const ChartLane& lane, size_t index)
+{
+    const ChartBar& bar = lane.bars[index];
+    double room = canvas.X(canvas.End());
+    for (const ChartBar& other : lane.bars) {
+        if (other.row == bar.row && other.begin >= bar.end && canvas.X(other.begin) < room) {
+            room = canvas.X(other.begin);
+        }
+    }
+    return room;
+}
+
 void DrawBars(SvgCanvas& canvas, const ChartLane& lane, int top, size_t index)
 {
     const char* color = COLORS[index % (sizeof(COLORS) / sizeof(COLORS[0]))];
@@ -108,8 +122,12 @@ void DrawBars(SvgCanvas& canvas, const ChartLane& lane, int top, size_t index)
         const std::string title = bar.text + " (" + Seconds(bar.begin) + " s to " + Seconds(bar.end) + " s)";
         canvas.Rect(x, y + 1, width, ROW_HEIGHT - 2, color, title);
         canvas.Line(x, y + 1, x, y + ROW_HEIGHT - 1, "#555555");
-        if (width >= static_cast<double>(CHAR_WIDTH * bar.text.size() + 6)) {
+        const double textWidth = static_cast<double>(CHAR_WIDTH * bar.text.size() + 6);
+        if (width >= textWidth) {
             canvas.Text(x + 3, y + ROW_HEIGHT / 2.0 + 4, bar.text);
+        } else if (x + width + textWidth <= RoomAfter(canvas, lane, i)) {
+            // A short bar is labelled just after its end, when the row is free there.
+            canvas.Text(x + width + 3, y + ROW_HEIGHT / 2.0 + 4, bar.text, " fill=\"#555555\"");
         }
     }
 }

@@ -2,6 +2,9 @@
 // reached by clients of other processes through the service manager.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <mutex>
+
 #include "hilog.h"
 #include "ipc_driver.h"
 #include "ipc_object_stub.h"
@@ -144,6 +147,91 @@ TEST_F(ZelManagerServiceTest, ASceneFromAnotherProcessIsAcceptedOnlyFromASystemC
     EXPECT_EQ(oneWay, (std::vector<std::pair<int, int32_t>>{{0, 3001}, {3, 3002}}));
     EXPECT_EQ(log_.Messages(LOG_ERROR),
               std::vector<std::string>{"[ZelManagerStub::SetSceneStub] permission verification failed."});
+}
+
+// A platform service that answers every request with result 0 and keeps the codes it got, and
+// the string list each request carried first.
+class AnsweringService : public IPCObjectStub {
+public:
+    explicit AnsweringService(std::u16string descriptor) : IPCObjectStub(std::move(descriptor)) {}
+    int OnRemoteRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption&) override
+    {
+        data.ReadInterfaceToken();
+        std::vector<std::string> strings;
+        data.ReadStringVector(&strings);
+        std::lock_guard<std::mutex> lock(mutex_);
+        codes_.push_back(code);
+        strings_.push_back(strings);
+        reply.WriteInt32(0);
+        return 0;
+    }
+    std::vector<uint32_t> Codes()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return codes_;
+    }
+    std::vector<std::vector<std::string>> Strings()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return strings_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::vector<uint32_t> codes_;
+    std::vector<std::vector<std::string>> strings_;
+};
+
+TEST_F(ZelManagerServiceTest, StartUpRegistersTheObserverFirstAndSubscribesTheEventsLastUntilStop)
+{
+    sptr<AnsweringService> appMgr =
+        samgr_.AddAbility<AnsweringService>(501, platformProcess_, u"tarvo.appexecfwk.AppMgr");
+    AbilityUp(4607);
+    sptr<AnsweringService> events =
+        samgr_.AddAbility<AnsweringService>(3299, platformProcess_, u"tarvo.eventfwk.ICommonEventService");
+    host_.StartAbilities();
+    RunUntil(2000);
+    ASSERT_TRUE(VirtualClock::WaitQuiet());
+
+    EXPECT_EQ(appMgr->Codes(), std::vector<uint32_t>{1});
+    ASSERT_EQ(events->Codes(), std::vector<uint32_t>{1});
+    EXPECT_EQ(events->Strings()[0],
+              (std::vector<std::string>{"usual.event.PACKAGE_ADDED", "usual.event.PACKAGE_REMOVED",
+                                        "usual.event.POWER_SAVE_MODE_CHANGED"}));
+    std::vector<std::string> info = log_.Messages(LOG_INFO);
+    auto registered = std::find(info.begin(), info.end(), "register app result = 0");
+    auto subscribed = std::find(info.begin(), info.end(), "subscribeCommonEvent subscribed success.");
+    ASSERT_NE(registered, info.end());
+    ASSERT_NE(subscribed, info.end());
+    EXPECT_LT(registered, subscribed);
+
+    host_.StopAbilities();
+    ASSERT_TRUE(VirtualClock::WaitQuiet());
+    EXPECT_EQ(appMgr->Codes(), (std::vector<uint32_t>{1, 2}));
+    std::vector<uint32_t> eventCodes = events->Codes();
+    ASSERT_GE(eventCodes.size(), 2u);
+    EXPECT_EQ(eventCodes[1], 2u);
+    EXPECT_EQ(log_.Messages(LOG_INFO).back(), "ZelManagerService OnStop");
+}
+
+TEST_F(ZelManagerServiceTest, AFailedSubscriptionIsLoggedOnceAndNotRetried)
+{
+    AbilityUp(501);
+    AbilityUp(4607);
+    host_.StartAbilities();
+    RunUntil(2000);
+    EXPECT_EQ(log_.Count(LOG_ERROR, "subscribeCommonEvent subscribed failure."), 1u);
+    RunUntil(60000);
+    EXPECT_EQ(log_.Count(LOG_ERROR, "subscribeCommonEvent subscribed failure."), 1u);
+    EXPECT_FALSE(log_.Contains(LOG_INFO, "subscribeCommonEvent subscribed success."));
+}
+
+TEST_F(ZelManagerServiceTest, StopWithoutStartUpStillLogs)
+{
+    host_.StartAbilities();
+    host_.StopAbilities();
+    EXPECT_EQ(log_.Messages(LOG_INFO).back(), "ZelManagerService OnStop");
+    EXPECT_TRUE(log_.Messages(LOG_ERROR).empty());
 }
 
 }  // namespace

@@ -37,6 +37,18 @@ public:
     // Reports pkgName as the foreground package. Runs only with sceneLock held.
     void NotifyPkgChange(std::string pkgName);
 
+    // The application manager's view of the foreground: kept as a stack so that an application
+    // leaving the top hands the foreground back to the one below it.
+    void OnForegroundApplicationChanged(const AppExecFwk::AppStateData& appStateData) override;
+
+    // Power-save mode as the common event carries it; the rate comes from the "powermode" pair.
+    static void PowerModeInterface(uint32_t mode);
+    // A thermally forced frame rate; 0 withdraws the one in force.
+    void ThermalForceInterface(uint32_t value);
+    // Light types 0 and 1 come from the brightness listener; the arbiter hears only changes.
+    void NotifyLightState(uint32_t type, bool state);
+    void SetLightAndBrightnessThreshold();
+
     ~FrameRateControl() override;
     FrameRateControl(const FrameRateControl&) = delete;
     FrameRateControl& operator=(const FrameRateControl&) = delete;
@@ -58,6 +70,9 @@ private:
     void EnterScene(const SceneInfo& info);
     void ArmDelayedDelete(const SceneInfo& info);
     void RestoreForeground(const SceneInfo& ended);
+    // These two run only with sceneLock held.
+    void PushForeground(const std::string& pkgName, int32_t pid);
+    void PopForeground(const std::string& pkgName);
 
     static inline sptr<FrameRateControl> instance_;
     static inline std::mutex instanceLock_;

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 
 #include "system_ability.h"
+#include "zel_common_event_subscriber.h"
 #include "zel_event_handle.h"
 #include "zel_manager_stub.h"
 
@@ -39,6 +41,8 @@ public:
     // Runs on the task queue; retries every 2000 ms, without limit, until the service manager and
     // every required ability are obtainable.
     void InitServiceState();
+    // Subscribes the package and power-save events once; a second call only logs. Task queue only.
+    void RegisterCommonEventListener();
 
 protected:
     void OnStart() override;
@@ -46,6 +50,7 @@ protected:
 
 private:
     EventHandle* handler_;
+    std::shared_ptr<ZelCommonEventSubscriber> subscriber_;
 };
 
 }  // namespace Tarvo::Vantel

@@ -4,6 +4,7 @@
 
 #include "component_sched_client.h"
 #include "zel_log.h"
+#include "zel_manager_config.h"
 
 namespace Tarvo::Vantel {
 namespace {
@@ -20,6 +21,16 @@ const std::string SCENE_S_DDN = "S_DDN";
 const std::string SCENE_BACK_ORIGIN_APP = "BACK_ORIGIN_APP";
 const std::string SCENE_START_APP_FROM_MULTIPLE_TASKBARS = "START_APP_FROM_MULTIPLE_TASKBARS";
 const std::string ANIMATION_DELAYED_DELETE = "ANIMATION_DELAYED_DELETE";
+
+constexpr int32_t APP_STATE_FOREGROUND = 2;
+constexpr int32_t APP_STATE_BACKGROUND = 4;
+constexpr uint32_t POWER_MODE_SAVE = 601;
+constexpr uint32_t POWER_MODE_SAVE_VARIANT_BIT = 2;
+constexpr int32_t DEFAULT_POWER_RATE = 120;
+constexpr size_t POWER_RATE_PAIR_SIZE = 2;
+constexpr uint32_t LIGHT_TYPE_0 = 0;
+constexpr uint32_t LIGHT_TYPE_1 = 1;
+const std::string POWER_MODE_KEY = "powermode";
 
 bool SwitchesToDesktop(const std::string& sceneName)
 {
@@ -265,6 +276,115 @@ void FrameRateControl::NotifyPkgChange(std::string pkgName)
     std::string report = curPkgName + ":" + std::to_string(pkgId) + ":" + std::to_string(type);
     moxAdapter_->SendPkgToMOX(std::vector<std::string>{report});
     ZEL_LOGI("FrameRateControl send pkg = %{public}s to MOX success", curPkgName.c_str());
+}
+
+void FrameRateControl::OnForegroundApplicationChanged(const AppExecFwk::AppStateData& appStateData)
+{
+    std::string pkgName = appStateData.bundleName;
+    int32_t state = appStateData.state;
+    ZEL_LOGD(
+        "FrameRateControl OnForegroundApplicationChanged pkgName = %{public}s, focus = %{public}d, state = "
+        "%{public}d",
+        pkgName.c_str(), static_cast<int>(appStateData.isFocused), state);
+    if (pkgName.empty()) {
+        // Logged only: an unnamed record still moves the stack like any other.
+        ZEL_LOGI("FrameRateControl OnForegroundApplicationChanged Invalid package name.");
+    }
+    if (pkgName == DESKTOP_PKG_NAME) {
+        // The desktop stays foreground under other windows; only its focus tells whether it is seen.
+        state = appStateData.isFocused ? APP_STATE_FOREGROUND : APP_STATE_BACKGROUND;
+    }
+    std::lock_guard<std::recursive_mutex> lock(sceneLock);
+    if (state == APP_STATE_FOREGROUND) {
+        PushForeground(pkgName, appStateData.pid);
+    } else if (state == APP_STATE_BACKGROUND) {
+        PopForeground(pkgName);
+    }
+}
+
+void FrameRateControl::PushForeground(const std::string& pkgName, int32_t pid)
+{
+    if (!foregroundPkgList.empty() && foregroundPkgList.back() == pkgName) {
+        ZEL_LOGD("FrameRateControl OnForegroundApplicationChanged Repeatedly enter the package name.");
+        return;
+    }
+    foregroundPkgList.remove(pkgName);
+    foregroundPkgList.push_back(pkgName);
+    pkgIdMap[pkgName] = pid;
+    NotifyPkgChange(pkgName);
+}
+
+void FrameRateControl::PopForeground(const std::string& pkgName)
+{
+    if (foregroundPkgList.empty()) {
+        ZEL_LOGI("FrameRateControl OnForegroundApplicationChanged No package name exit.");
+        return;
+    }
+    if (foregroundPkgList.back() != pkgName) {
+        // Something behind the top left: what the arbiter sees does not change.
+        foregroundPkgList.remove(pkgName);
+        return;
+    }
+    foregroundPkgList.remove(pkgName);
+    if (foregroundPkgList.empty()) {
+        // Nothing to hand the foreground to: the last report stands, with its id.
+        return;
+    }
+    pkgIdMap.erase(pkgName);
+    NotifyPkgChange(foregroundPkgList.back());
+}
+
+void FrameRateControl::PowerModeInterface(uint32_t mode)
+{
+    int32_t rate = DEFAULT_POWER_RATE;
+    const auto& numbers = ZelManagerConfig::GetIntNumbersConfig();
+    auto pair = numbers.find(POWER_MODE_KEY);
+    if (pair != numbers.end() && pair->second.size() == POWER_RATE_PAIR_SIZE) {
+        // Every mode but 601 takes the second value, its variant 603 included.
+        rate = mode == POWER_MODE_SAVE ? pair->second[0] : pair->second[1];
+    }
+    bool saving = (mode & ~POWER_MODE_SAVE_VARIANT_BIT) == POWER_MODE_SAVE;
+    ZelMoxAdapter::GetInstance()->SendPowerToMOX(rate, saving);
+    ZEL_LOGI("FrameRateControl SetPowerModeFrameRate send to MOX success");
+}
+
+void FrameRateControl::ThermalForceInterface(uint32_t value)
+{
+    if (value == thermForceValue) {
+        ZEL_LOGW("FrameRateControl SetThermForceFrameRate repeat operation");
+        return;
+    }
+    if (value != 0) {
+        moxAdapter_->SendThermForceRateFrameToMOX(value, true);
+    } else {
+        // The arbiter withdraws a vote by the rate it was cast with.
+        moxAdapter_->SendThermForceRateFrameToMOX(thermForceValue, false);
+    }
+    thermForceValue = value;
+    ZEL_LOGI("FrameRateControl SetThermForceFrameRate send to MXO success");
+}
+
+void FrameRateControl::NotifyLightState(uint32_t type, bool state)
+{
+    ZEL_LOGI("FrameRateControl  NotifyLightState type = %{public}d, state = %{public}d", static_cast<int>(type),
+             static_cast<int>(state));
+    if (type == LIGHT_TYPE_1) {
+        lightStateType1 = state;
+    } else if (type == LIGHT_TYPE_0) {
+        lightStateType0 = state;
+    }
+    bool status = !(lightStateType1 && lightStateType0);
+    if (status == lightFactorStatus) {
+        return;
+    }
+    lightFactorStatus = status;
+    moxAdapter_->SetLightFactorStatus(status);
+    ZEL_LOGI("FrameRateControl  NotifyLightState state = %{public}d", static_cast<int>(status));
+}
+
+void FrameRateControl::SetLightAndBrightnessThreshold()
+{
+    ZEL_LOGI("FrameRateControl SetLightRange success");
 }
 
 }  // namespace Tarvo::Vantel

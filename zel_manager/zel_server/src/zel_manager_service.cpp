@@ -1,7 +1,14 @@
 #include "zel_manager_service.h"
 
+#include "common_event_manager.h"
+#include "common_event_support.h"
 #include "frame_rate_control.h"
+#include "game_fps_policy.h"
+#include "ipc_skeleton.h"
 #include "iservice_registry.h"
+#include "matching_skills.h"
+#include "zel_bundle_mgr_adapter.h"
+#include "zel_common_adapter.h"
 #include "zel_log.h"
 #include "zel_manager_config.h"
 
@@ -13,6 +20,9 @@ const bool REGISTER_RESULT = Tarvo::SystemAbility::MakeAndRegisterAbility(
 
 constexpr uint32_t GAME_FPS_REFUSED = 1;
 constexpr uint32_t THERMAL_POLICY_DONE = 1;
+constexpr uint32_t APP_STATE_OBSERVER_RETRY_TIMES = 3;
+constexpr uint32_t GAME_PKG_QUERY_RETRY_TIMES = 5;
+constexpr uint32_t THERMAL_FORCE_KEY = 101;
 }  // namespace
 
 ZelManagerService::ZelManagerService(int32_t systemAbilityId, bool runOnCreate)
@@ -50,12 +60,51 @@ void ZelManagerService::InitServiceState()
             return;
         }
     }
+    ZelCommonAdapter::GetInstance()->RegisterAppStateObserver(APP_STATE_OBSERVER_RETRY_TIMES);
     // Read once; the scene catalogue and every switch and bound come from it.
-    ZelManagerConfig::LoadConfigXml();
+    if (ZelManagerConfig::LoadConfigXml()) {
+        // The configured resolution mode is applied here once the resolution manager exists.
+        ZelCommonAdapter::GetInstance()->RegisterBrightBrightnessListener();
+        GameFpsPolicy::GetInstance()->SetMaxCallbackSize();
+        GameFpsPolicy::GetInstance()->SetGameFpsSwtich();
+    }
+    // Without a configuration only the default resolution mode would be set, by the resolution
+    // manager once it exists.
+    handler_->ExecuteAsyncTask([]() { GameFpsPolicy::GetInstance()->QueryGamePkg({}, GAME_PKG_QUERY_RETRY_TIMES); });
+    RegisterCommonEventListener();
+}
+
+void ZelManagerService::RegisterCommonEventListener()
+{
+    if (subscriber_ != nullptr) {
+        ZEL_LOGE("ZelManagerService::RegisterCommonEventListener common event has been registered.");
+        return;
+    }
+    EventFwk::MatchingSkills matchingSkills;
+    matchingSkills.AddEvent(EventFwk::CommonEventSupport::COMMON_EVENT_PACKAGE_ADDED);
+    matchingSkills.AddEvent(EventFwk::CommonEventSupport::COMMON_EVENT_PACKAGE_REMOVED);
+    matchingSkills.AddEvent(EventFwk::CommonEventSupport::COMMON_EVENT_POWER_SAVE_MODE_CHANGED);
+    EventFwk::CommonEventSubscribeInfo subscribeInfo(matchingSkills);
+    subscribeInfo.SetThreadMode(EventFwk::CommonEventSubscribeInfo::COMMON);
+    // Kept even when subscribing fails: a later call reports it registered rather than retrying.
+    subscriber_ = std::make_shared<ZelCommonEventSubscriber>(subscribeInfo);
+    if (EventFwk::CommonEventManager::SubscribeCommonEvent(subscriber_)) {
+        ZEL_LOGI("subscribeCommonEvent subscribed success.");
+    } else {
+        ZEL_LOGE("subscribeCommonEvent subscribed failure.");
+    }
 }
 
 void ZelManagerService::OnStop()
 {
+    ZelCommonAdapter::GetInstance()->UnRegisterAppStateObserver();
+    // Unsubscribed twice on purpose; neither result matters at stop.
+    if (subscriber_ != nullptr) {
+        (void)EventFwk::CommonEventManager::UnSubscribeCommonEvent(subscriber_);
+    }
+    if (subscriber_ != nullptr) {
+        (void)EventFwk::CommonEventManager::UnSubscribeCommonEvent(subscriber_);
+    }
     ZEL_LOGI("ZelManagerService OnStop");
 }
 
@@ -73,22 +122,30 @@ int32_t ZelManagerService::ChangeResolutionMode(int32_t mode, int32_t flag)
     return 0;
 }
 
-uint32_t ZelManagerService::SetThermalPolicy(std::map<uint32_t, uint32_t>)
+uint32_t ZelManagerService::SetThermalPolicy(std::map<uint32_t, uint32_t> policy)
 {
+    // Only the forced frame rate is ours; every other key belongs to other thermal actors.
+    auto forced = policy.find(THERMAL_FORCE_KEY);
+    if (forced != policy.end()) {
+        FrameRateControl::GetInstance()->ThermalForceInterface(forced->second);
+    }
     ZEL_LOGI("ZelManagerService SetThermalPolicy recv map");
     return THERMAL_POLICY_DONE;
 }
 
-// Refused until the caller's package can be resolved from its uid: the package is never taken
-// from the request, so a game can only register for itself.
-uint32_t ZelManagerService::RegisterGameFpsListener(sptr<IZelCallbackInterface>&)
+// The package is never taken from the request: a game can only register for itself.
+uint32_t ZelManagerService::RegisterGameFpsListener(sptr<IZelCallbackInterface>& callback)
 {
-    return GAME_FPS_REFUSED;
+    std::string pkgName;
+    if (!ZelBundleMgrAdapter::GetInstance()->GetPkgNameByUid(IPCSkeleton::GetCallingUid(), pkgName)) {
+        return GAME_FPS_REFUSED;
+    }
+    return static_cast<uint32_t>(GameFpsPolicy::GetInstance()->RegisterGameFpsListener(pkgName, callback));
 }
 
-uint32_t ZelManagerService::SetGameFpsForThermalControl(const std::string&, uint32_t)
+uint32_t ZelManagerService::SetGameFpsForThermalControl(const std::string& pkgName, uint32_t fps)
 {
-    return GAME_FPS_REFUSED;
+    return static_cast<uint32_t>(GameFpsPolicy::GetInstance()->SetGameFpsForThermalControl(pkgName, fps));
 }
 
 }  // namespace Tarvo::Vantel

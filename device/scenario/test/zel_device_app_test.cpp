@@ -1,6 +1,7 @@
 #include "zel_device_app.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -13,9 +14,15 @@ namespace {
 
 class ZelDeviceAppTest : public testing::Test {
 protected:
+    // Other test processes share the temporary folder.
+    static std::string Unique(const std::string& name)
+    {
+        return testing::TempDir() + "/zel_device_app_" + std::to_string(getpid()) + "_" + name;
+    }
+
     std::string Write(const std::string& name, const std::string& text)
     {
-        const std::string path = testing::TempDir() + "/" + name;
+        const std::string path = Unique(name);
         std::ofstream(path) << text;
         return path;
     }
@@ -84,7 +91,7 @@ TEST_F(ZelDeviceAppTest, RunWritesTimelineTraceAndChartAndTellsExpectFailures)
         device.trace.Emit("param.set", {{"key", call}});
     };
     const std::string scenario = Write("run.scn", "0 boot\n100 expect param.set key=boot\n200 expect log msg=x\n");
-    const std::string chart = testing::TempDir() + "/run.svg";
+    const std::string chart = Unique("run.svg");
     EXPECT_EQ(Main({"run", "--chart", chart, scenario, "--data-dir", "/tmp/d", "--log"}), 3);
     EXPECT_EQ(out_.str(),
               "   0.000  param.set  key=boot\n"

@@ -7,6 +7,7 @@
 #include "ipc_skeleton.h"
 #include "iservice_registry.h"
 #include "matching_skills.h"
+#include "resolution_manager.h"
 #include "zel_bundle_mgr_adapter.h"
 #include "zel_common_adapter.h"
 #include "zel_log.h"
@@ -63,13 +64,13 @@ void ZelManagerService::InitServiceState()
     ZelCommonAdapter::GetInstance()->RegisterAppStateObserver(APP_STATE_OBSERVER_RETRY_TIMES);
     // Read once; the scene catalogue and every switch and bound come from it.
     if (ZelManagerConfig::LoadConfigXml()) {
-        // The configured resolution mode is applied here once the resolution manager exists.
+        ResolutionManager::GetInstance()->ConfigureResolutionMode();
         ZelCommonAdapter::GetInstance()->RegisterBrightBrightnessListener();
         GameFpsPolicy::GetInstance()->SetMaxCallbackSize();
         GameFpsPolicy::GetInstance()->SetGameFpsSwtich();
+    } else {
+        ResolutionManager::InitDefaultResolutionMode();
     }
-    // Without a configuration only the default resolution mode would be set, by the resolution
-    // manager once it exists.
     handler_->ExecuteAsyncTask([]() { GameFpsPolicy::GetInstance()->QueryGamePkg({}, GAME_PKG_QUERY_RETRY_TIMES); });
     RegisterCommonEventListener();
 }
@@ -119,6 +120,7 @@ int32_t ZelManagerService::ChangeResolutionMode(int32_t mode, int32_t flag)
 {
     // "success" is logged before the work is done, on purpose: the result is always 0.
     ZEL_LOGI("call ChangeResolutionMode success, mode = %d, flag=%d", mode, flag);
+    ResolutionManager::GetInstance()->SetResolutionMode(mode, flag);
     return 0;
 }
 

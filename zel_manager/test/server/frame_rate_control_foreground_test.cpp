@@ -6,7 +6,7 @@
 #include "frame_rate_control.h"
 #include "hilog.h"
 #include "platform_test_support.h"
-#include "render_service_stub.h"
+#include "recording_render_service.h"
 #include "virtual_clock.h"
 #include "zel_manager_config.h"
 
@@ -15,6 +15,7 @@ namespace {
 using HiviewDFX::LOG_DEBUG;
 using HiviewDFX::LOG_INFO;
 using HiviewDFX::LOG_WARN;
+using Test::RecordingRenderService;
 using Strings = std::vector<std::string>;
 
 constexpr int32_t kForeground = 2;
@@ -22,42 +23,6 @@ constexpr int32_t kBackground = 4;
 const std::string kDesktop = "com.tarvo.vistadeck";
 const std::string kThermalSent = "FrameRateControl SetThermForceFrameRate send to MXO success";
 const std::string kPowerSent = "FrameRateControl SetPowerModeFrameRate send to MOX success";
-
-// Where the arbiter would be: every notice as one line.
-class RecordingRenderService : public RenderServiceStub {
-public:
-    void NotifyPackageEvent(uint32_t listSize, const std::vector<std::string>& packageList) override
-    {
-        std::string line = "pkg " + std::to_string(listSize);
-        for (const auto& pkg : packageList) {
-            line += " " + pkg;
-        }
-        Record(line);
-    }
-    void NotifyRefreshRateEvent(const EventInfo& info) override
-    {
-        Record(info.eventName + " " + (info.eventStatus ? "on " : "off ") + std::to_string(info.minRefreshRate) + "-" +
-               std::to_string(info.maxRefreshRate));
-    }
-    void NotifyLightFactorStatus(bool isSafe) override { Record(std::string("light ") + (isSafe ? "1" : "0")); }
-
-    Strings Take()
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        Strings taken;
-        taken.swap(lines_);
-        return taken;
-    }
-
-private:
-    void Record(const std::string& line)
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        lines_.push_back(line);
-    }
-    std::mutex mutex_;
-    Strings lines_;
-};
 
 std::string Pkg(const std::string& pkgName, int32_t pid)
 {
@@ -70,7 +35,7 @@ protected:
     void SetUp() override
     {
         VirtualClock::Install();  // before the task queue's runner exists
-        arbiter_ = samgr_.AddAbility<RecordingRenderService>(IRenderService::RENDER_SERVICE_ID, renderProcess_);
+        arbiter_ = samgr_.AddAbility<RecordingRenderService>(IRenderService::RENDER_SERVICE_ID, renderProcess_, false);
         FrameRateControl::SetBasicSceneAttributes("START_APP", "0");
         control_ = FrameRateControl::GetInstance();
     }

@@ -9,11 +9,12 @@
 #include "hilog.h"
 #include "ipc_object_stub.h"
 #include "platform_test_support.h"
-#include "render_service_stub.h"
+#include "recording_render_service.h"
 #include "virtual_clock.h"
 
 namespace Tarvo::Vantel {
 namespace {
+using Test::RecordingRenderService;
 using namespace std::chrono_literals;
 using HiviewDFX::LOG_INFO;
 using HiviewDFX::LOG_WARN;
@@ -21,43 +22,6 @@ using Strings = std::vector<std::string>;
 
 const std::string kStopFreezing = "FrameRateControl removeSceneInfo stop freezing scene for scene";
 const std::string kParked = "FrameRateControl NotifyPkgNameChange, cat't chane pkg, please wait";
-
-// Where the arbiter would be: every notice as one line.
-class RecordingRenderService : public RenderServiceStub {
-public:
-    void NotifyPackageEvent(uint32_t listSize, const std::vector<std::string>& packageList) override
-    {
-        std::string line = "pkg " + std::to_string(listSize);
-        for (const auto& pkg : packageList) {
-            line += " " + pkg;
-        }
-        Record(line);
-    }
-    void NotifyRefreshRateEvent(const EventInfo& info) override
-    {
-        Record(info.eventName + " " + (info.eventStatus ? "on " : "off ") + std::to_string(info.minRefreshRate) + "-" +
-               std::to_string(info.maxRefreshRate) + " " + info.description);
-    }
-    void NotifyLightFactorStatus(bool isSafe) override { Record(std::string("light ") + (isSafe ? "1" : "0")); }
-
-    // What arrived since the last call.
-    Strings Take()
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        Strings taken;
-        taken.swap(lines_);
-        return taken;
-    }
-
-private:
-    void Record(const std::string& line)
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        lines_.push_back(line);
-    }
-    std::mutex mutex_;
-    Strings lines_;
-};
 
 // The component scheduler, knowing the type of the desktop only.
 class DesktopTypeScheduler : public IPCObjectStub {

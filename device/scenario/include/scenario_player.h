@@ -53,6 +53,7 @@ public:
     static constexpr size_t kShownEvents = 20;
 
 private:
+    bool RunLine(const ScenarioLine& line, std::string* error);
     bool MoveTo(int64_t time, const std::string& where);
     bool Settle(const std::string& where);
     bool Checked(bool quiet, const std::string& where);

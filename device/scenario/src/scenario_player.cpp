@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "platform_clock.h"
+#include "sequencer.h"
 
 namespace Tarvo::Emu {
 
@@ -34,7 +35,7 @@ PlayOutcome ScenarioPlayer::Play(const Scenario& scenario)
         }
         if (const auto* expect = std::get_if<Cmd::Expect>(&line.command)) {
             expectFailed = !CheckExpect(where, line, *expect) || expectFailed;
-        } else if (std::string error; !executor_.Run(line.line, line.command, &error)) {
+        } else if (std::string error; !RunLine(line, &error)) {
             if (!Checked(true, where)) {
                 return PlayOutcome::DEVICE_FAILED;
             }
@@ -50,6 +51,13 @@ PlayOutcome ScenarioPlayer::Play(const Scenario& scenario)
         return PlayOutcome::DEVICE_FAILED;
     }
     return expectFailed ? PlayOutcome::EXPECT_FAILED : PlayOutcome::PLAYED;
+}
+
+bool ScenarioPlayer::RunLine(const ScenarioLine& line, std::string* error)
+{
+    // Whatever the line sets going waits until the line is done, so it always starts from the same point.
+    Sequencer::Hold hold;
+    return executor_.Run(line.line, line.command, error);
 }
 
 bool ScenarioPlayer::MoveTo(int64_t time, const std::string& where)
@@ -85,8 +93,8 @@ bool ScenarioPlayer::Checked(bool quiet, const std::string& where)
         return false;
     }
     if (!quiet) {
-        err_ << where << "the device did not become quiet within " << options_.quietLimit.count()
-             << " ms of real time (a hang)\n";
+        err_ << where << "the device made no progress for " << options_.quietLimit.count()
+             << " ms of real time without becoming quiet (a hang)\n";
         return false;
     }
     return true;

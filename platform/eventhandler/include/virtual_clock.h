@@ -5,13 +5,15 @@
 // task that falls due, in due-time order, each on its runner's own thread.
 //
 // Contract:
-//  - Install() before any runner exists; it cannot be undone. Virtual time starts at 0.
+//  - Install() before any runner exists; it cannot be undone. Virtual time starts at 0. It also
+//    turns the Sequencer on: from then on the device's threads run one at a time, in an order the
+//    program fixes, so the same steps give the same results on every run.
 //  - AdvanceTo(until): waits for the device to be quiet (WorkTracker), then repeatedly moves time
 //    to the earliest due time <= until among all clients and waits for quiet again, so that work
 //    posted meanwhile (also with delay 0) runs in order within the same advance; finally moves time
 //    to until and waits for quiet once more. An until in the past is a no-op returning true.
-//  - Returns false if the device was not quiet within quietLimit of real time at some step (a
-//    hang, which the caller reports), or if virtual time is not installed.
+//  - Returns false if, waiting for quiet at some step, nothing progressed for quietLimit of real
+//    time (a hang, which the caller reports), or if virtual time is not installed.
 //  - One thread drives the clock at a time, and never from inside a runner's task (it would wait
 //    for itself).
 

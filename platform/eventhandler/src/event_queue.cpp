@@ -1,6 +1,6 @@
 #include "event_queue.h"
 
-#include <iterator>
+#include <algorithm>
 #include <tuple>
 #include <utility>
 
@@ -13,54 +13,68 @@ bool EventQueue::Key::operator<(const Key& other) const
 
 bool EventQueue::Insert(uint64_t handlerId, InnerEvent::Pointer event, PlatformClock::time_point due, Priority priority)
 {
+    bool wake = false;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         if (stopped_) {
             return false;
         }
-        tasks_.emplace(Key{due, priority, nextSequence_++}, Entry{std::nullopt, handlerId, std::move(event)});
+        const Key key{due, priority, nextSequence_++};
+        auto indexed = byName_.emplace(std::make_pair(handlerId, event->GetTaskName()), key);
+        auto inserted = tasks_.emplace(key, Entry{std::nullopt, std::move(event), indexed}).first;
+        if (due <= countedThrough_) {
+            inserted->second.work.emplace();
+        }
         CountDueLocked();
+        wake = Sequencer::Enabled() ? OfferTurnLocked() : inserted == tasks_.begin();
     }
-    changed_.notify_one();
+    if (wake) {
+        changed_.notify_one();
+    }
     return true;
 }
 
-template <typename Match>
-void EventQueue::RemoveMatching(Match match)
+void EventQueue::DropLocked(std::vector<Entry>& dropped, NameIndex::iterator first, NameIndex::iterator last)
 {
-    std::vector<Tasks::node_type> dropped;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        for (auto it = tasks_.begin(); it != tasks_.end();) {
-            auto next = std::next(it);
-            if (match(it->second)) {
-                dropped.push_back(tasks_.extract(it));
-            }
-            it = next;
-        }
+    for (auto it = first; it != last; ++it) {
+        dropped.push_back(std::move(tasks_.extract(it->second).mapped()));
     }
-    // The dropped callbacks and their counts go here, outside the lock.
+    byName_.erase(first, last);
 }
 
 void EventQueue::Remove(uint64_t handlerId, const std::string& name)
 {
-    RemoveMatching(
-        [&](const Entry& entry) { return entry.handlerId == handlerId && entry.event->GetTaskName() == name; });
+    std::vector<Entry> dropped;
+    std::lock_guard<std::mutex> lock(mutex_);
+    auto [first, last] = byName_.equal_range(std::make_pair(handlerId, name));
+    DropLocked(dropped, first, last);
+    // The dropped callbacks and their counts go after the lock (declared before it).
 }
 
 void EventQueue::RemoveAll(uint64_t handlerId)
 {
-    RemoveMatching([&](const Entry& entry) { return entry.handlerId == handlerId; });
+    std::vector<Entry> dropped;
+    std::lock_guard<std::mutex> lock(mutex_);
+    DropLocked(dropped, byName_.lower_bound(std::make_pair(handlerId, std::string())),
+               byName_.lower_bound(std::make_pair(handlerId + 1, std::string())));
 }
 
 std::vector<EventHandler::PendingTask> EventQueue::Pending(uint64_t handlerId) const
 {
-    std::vector<EventHandler::PendingTask> pending;
-    std::lock_guard<std::mutex> lock(mutex_);
-    for (const auto& [key, entry] : tasks_) {
-        if (entry.handlerId == handlerId) {
-            pending.push_back({entry.event->GetTaskName(), key.due, key.priority, entry.event->GetCaller()});
+    std::vector<std::pair<Key, EventHandler::PendingTask>> found;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto last = byName_.lower_bound(std::make_pair(handlerId + 1, std::string()));
+        for (auto it = byName_.lower_bound(std::make_pair(handlerId, std::string())); it != last; ++it) {
+            const InnerEvent& event = *tasks_.at(it->second).event;
+            found.push_back(
+                {it->second, {event.GetTaskName(), it->second.due, it->second.priority, event.GetCaller()}});
         }
+    }
+    std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<EventHandler::PendingTask> pending;
+    for (auto& [key, task] : found) {
+        pending.push_back(std::move(task));
     }
     return pending;
 }
@@ -78,6 +92,11 @@ void EventQueue::Stop()
         std::lock_guard<std::mutex> lock(mutex_);
         stopped_ = true;
         dropped.swap(tasks_);
+        byName_.clear();
+        if (turnState_ == TurnState::RESERVED) {
+            Sequencer::Cancel(turn_);
+            turnState_ = TurnState::NONE;
+        }
     }
     changed_.notify_all();
     // The dropped tasks go here, outside the lock.
@@ -86,8 +105,10 @@ void EventQueue::Stop()
 void EventQueue::Run()
 {
     while (auto entry = WaitForDueTask()) {
-        // The entry, and with it the task's work count, goes at the end of each turn.
         entry->event->GetTaskCallback()();
+        // The callback, then its work count, go before the next turn is offered.
+        entry.reset();
+        DoneRunning();
     }
 }
 
@@ -102,25 +123,53 @@ std::optional<PlatformClock::time_point> EventQueue::NextDue()
 
 void EventQueue::OnTimeAdvanced()
 {
+    bool wake = false;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         CountDueLocked();
+        wake = Sequencer::Enabled() ? OfferTurnLocked() : HasDueLocked();
     }
-    changed_.notify_one();
+    if (wake) {
+        changed_.notify_one();
+    }
 }
 
-// Due tasks are a prefix of the queue, and counted ones a prefix of that, as time only moves on.
+// Tasks become due in key order as time moves on, so only those past the last count are new.
 void EventQueue::CountDueLocked()
 {
     const auto now = PlatformClock::now();
-    for (auto& [key, entry] : tasks_) {
-        if (key.due > now) {
-            break;
-        }
-        if (!entry.work) {
-            entry.work.emplace();
+    if (now <= countedThrough_) {
+        return;
+    }
+    auto it = tasks_.lower_bound(Key{countedThrough_ + PlatformClock::duration(1), Priority::VIP, 0});
+    for (; it != tasks_.end() && it->first.due <= now; ++it) {
+        if (!it->second.work) {
+            it->second.work.emplace();
         }
     }
+    countedThrough_ = now;
+}
+
+bool EventQueue::HasDueLocked() const
+{
+    return !tasks_.empty() && tasks_.begin()->second.work.has_value();
+}
+
+bool EventQueue::OfferTurnLocked()
+{
+    if (!Sequencer::Enabled() || turnState_ != TurnState::NONE || !HasDueLocked()) {
+        return false;
+    }
+    turn_ = Sequencer::Reserve();
+    turnState_ = TurnState::RESERVED;
+    return true;
+}
+
+EventQueue::Entry EventQueue::TakeFirstLocked()
+{
+    Entry entry = std::move(tasks_.extract(tasks_.begin()).mapped());
+    byName_.erase(entry.indexed);
+    return entry;
 }
 
 std::optional<EventQueue::Entry> EventQueue::WaitForDueTask()
@@ -131,8 +180,16 @@ std::optional<EventQueue::Entry> EventQueue::WaitForDueTask()
             return std::nullopt;
         }
         CountDueLocked();
-        if (!tasks_.empty() && tasks_.begin()->second.work) {
-            return std::move(tasks_.extract(tasks_.begin()).mapped());
+        if (Sequencer::Enabled()) {
+            if (turnState_ != TurnState::RESERVED) {
+                changed_.wait(lock);
+            } else if (auto entry = TakeTurn(lock)) {
+                return entry;
+            }
+            continue;
+        }
+        if (HasDueLocked()) {
+            return TakeFirstLocked();
         }
         // Virtual time moves only through OnTimeAdvanced, which wakes us.
         if (tasks_.empty() || PlatformClock::IsVirtual()) {
@@ -141,6 +198,40 @@ std::optional<EventQueue::Entry> EventQueue::WaitForDueTask()
             changed_.wait_for(lock, tasks_.begin()->first.due - PlatformClock::now());
         }
     }
+}
+
+// Waits for the reserved turn; nothing when it was cancelled or nothing is left to run for it.
+std::optional<EventQueue::Entry> EventQueue::TakeTurn(std::unique_lock<std::mutex>& lock)
+{
+    const Sequencer::Turn turn = turn_;
+    lock.unlock();
+    const bool taken = Sequencer::Take(turn);
+    lock.lock();
+    if (!taken) {
+        return std::nullopt;
+    }
+    if (!stopped_ && HasDueLocked()) {
+        turnState_ = TurnState::RUNNING;
+        return TakeFirstLocked();
+    }
+    // Removed or stopped meanwhile: the turn passes without work.
+    turnState_ = TurnState::NONE;
+    lock.unlock();
+    Sequencer::Finish();
+    lock.lock();
+    return std::nullopt;
+}
+
+void EventQueue::DoneRunning()
+{
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (turnState_ == TurnState::RUNNING) {
+            turnState_ = TurnState::NONE;
+            OfferTurnLocked();
+        }
+    }
+    Sequencer::Finish();
 }
 
 }  // namespace Tarvo::AppExecFwk

@@ -4,10 +4,15 @@
 // The timed task queue of one EventRunner, served by the runner's thread through Run().
 //
 // Contract:
-//  - Order: (due time, priority, order of insertion).
+//  - Order: (due time, priority, order of insertion). Insert, Remove of one name and taking the
+//    next task cost O(log n) (plus the tasks removed); nothing walks the whole queue.
+//  - The runner is woken only when the earliest task changes (or, in sequenced virtual time, when
+//    it is given a turn), not for every insertion.
 //  - A task is counted in WorkTracker from the moment it is found due (on insertion, on a clock
 //    advance, or by the runner thread, always under the queue lock) until it has run or been
-//    dropped; callbacks are destroyed before their count is released.
+//    dropped; callbacks are destroyed before their count is released. Each task is counted once.
+//  - In sequenced virtual time the runner holds one turn (Sequencer) per task it runs; the turn is
+//    reserved when a task is due and the runner has none, by whoever made it due.
 //  - No task is run or destroyed with the lock held.
 
 #include <condition_variable>
@@ -16,11 +21,13 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "event_handler.h"
 #include "inner_event.h"
 #include "platform_clock.h"
+#include "sequencer.h"
 #include "virtual_time_client.h"
 #include "work_tracker.h"
 
@@ -52,23 +59,37 @@ private:
         uint64_t sequence;
         bool operator<(const Key& other) const;
     };
+    // (handler, task name) to the task, for removal by name without a walk.
+    using NameIndex = std::multimap<std::pair<uint64_t, std::string>, Key>;
     struct Entry {
         // Declared first so it is released last: quiet must mean the callback is gone too.
         std::optional<WorkTracker::Token> work;
-        uint64_t handlerId;
         InnerEvent::Pointer event;
+        NameIndex::iterator indexed;
     };
     using Tasks = std::map<Key, Entry>;
+    // The runner's turn in sequenced virtual time.
+    enum class TurnState { NONE, RESERVED, RUNNING };
 
-    template <typename Match>
-    void RemoveMatching(Match match);
+    void DropLocked(std::vector<Entry>& dropped, NameIndex::iterator first, NameIndex::iterator last);
+    Entry TakeFirstLocked();
     void CountDueLocked();
+    bool HasDueLocked() const;
+    // Reserves the runner's turn if a task is due and it has none; true if it did.
+    bool OfferTurnLocked();
     std::optional<Entry> WaitForDueTask();
+    std::optional<Entry> TakeTurn(std::unique_lock<std::mutex>& lock);
+    void DoneRunning();
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     Tasks tasks_;
+    NameIndex byName_;
     uint64_t nextSequence_ = 0;
+    // Every task due at or before this time is counted; tasks become due in key order.
+    PlatformClock::time_point countedThrough_{PlatformClock::duration(-1)};
+    TurnState turnState_ = TurnState::NONE;
+    Sequencer::Turn turn_ = Sequencer::kNoTurn;
     bool stopped_ = false;
 };
 

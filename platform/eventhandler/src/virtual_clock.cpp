@@ -4,6 +4,7 @@
 #include <mutex>
 #include <vector>
 
+#include "sequencer.h"
 #include "work_tracker.h"
 
 namespace Tarvo {
@@ -39,6 +40,7 @@ std::vector<std::shared_ptr<VirtualTimeClient>> LiveClients()
 void VirtualClock::Install()
 {
     PlatformClock::EnableVirtualTime();
+    Sequencer::Enable();
 }
 
 void VirtualClock::AddClient(const std::weak_ptr<VirtualTimeClient>& client)
@@ -96,6 +98,9 @@ bool VirtualClock::AdvanceBy(PlatformClock::duration delta, std::chrono::millise
 
 void VirtualClock::MoveTo(PlatformClock::time_point when)
 {
+    // Held while every client reserves its turns, so a task that starts at once cannot slip in
+    // between two clients and change their order.
+    Sequencer::Hold hold;
     PlatformClock::SetVirtualNow(when);
     for (const auto& client : LiveClients()) {
         client->OnTimeAdvanced();

@@ -59,6 +59,24 @@ TEST_F(VirtualClockTest, AdvanceRunsTasksPostedMeanwhileInDueOrder)
     EXPECT_FALSE(VirtualClock::NextDue().has_value());
 }
 
+TEST_F(VirtualClockTest, RunnersDueAtOneInstantTakeTurnsInTheOrderTheyBecameReady)
+{
+    auto other = std::make_shared<EventHandler>(EventRunner::Create("clock_other"));
+    handler_->PostTask([this] { journal_.Note("A1"); }, "", 10);
+    handler_->PostTask(
+        [this, other] {
+            journal_.Note("A2");
+            other->PostTask([this] { journal_.Note("B2"); });
+        },
+        "", 10);
+    other->PostTask([this] { journal_.Note("B1"); }, "", 10);
+    handler_->PostTask([this] { journal_.Note("A3"); }, "", 10);
+
+    // Each runner runs one task a turn and queues again behind whoever was ready before it.
+    ASSERT_TRUE(VirtualClock::AdvanceBy(10ms));
+    EXPECT_THAT(journal_.Entries(), ElementsAre("A1@10", "B1@10", "A2@10", "B2@10", "A3@10"));
+}
+
 TEST_F(VirtualClockTest, ZeroDelayRunsWithoutMovingTimeAndTimeNeverGoesBack)
 {
     ASSERT_TRUE(VirtualClock::AdvanceBy(100ms));

@@ -12,7 +12,9 @@
 //    caller's identity as the calling identity and the caller's tag as the current tag. The handler
 //    gets its own copy of the data; the reply is copied back.
 //  - Synchronous: the caller waits for the reply, at most the option's wait time in real seconds
-//    (TF_WAIT_TIME when not positive), else ERR_TIMED_OUT.
+//    (TF_WAIT_TIME when not positive), else ERR_TIMED_OUT; see Transaction for why real seconds.
+//    In virtual time the request is handed over ahead of waiting work and the reply handed
+//    straight back (Sequencer), as binder lends the caller's turn to the handler.
 //  - One-way: 0 once queued. One-way requests to one object are delivered one at a time, in the
 //    order sent; synchronous requests do not wait behind them.
 //  - When a process dies, requests to its objects fail with ERR_DEAD_OBJECT, including queued ones
@@ -29,6 +31,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "iremote_object.h"
 #include "message_option.h"
@@ -120,8 +123,8 @@ private:
     std::set<int32_t> faultyPids_;
     std::shared_ptr<const TransactionObserver> observer_;
     sptr<IRemoteObject> contextObject_;
-    // Synchronous requests whose callers wait; woken early when the target dies.
-    std::set<std::shared_ptr<Transaction>> waiting_;
+    // Synchronous requests whose callers wait, in sending order; woken early when the target dies.
+    std::vector<std::shared_ptr<Transaction>> waiting_;
 };
 
 }  // namespace Tarvo

@@ -1,5 +1,6 @@
 #include "ipc_driver.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 #include <vector>
@@ -135,16 +136,17 @@ int IPCDriver::SendSync(const std::shared_ptr<Transaction>& txn, VirtualProcess&
     {
         // Registered before posting, so that a kill from here on wakes this caller.
         std::lock_guard<std::mutex> lock(mutex_);
-        waiting_.insert(txn);
+        waiting_.push_back(txn);
     }
     int status = ERR_DEAD_OBJECT;
     bool replied = false;
-    if (owner.Post([this, txn] { Deliver(*txn); })) {
+    // Handed over ahead of waiting work: the sender's turn goes on in the handler.
+    if (owner.PostNext([this, txn] { Deliver(*txn); })) {
         status = txn->Wait(WaitTimeOf(txn->option), replied);
     }
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        waiting_.erase(txn);
+        std::erase(waiting_, txn);
     }
     if (replied) {
         reply = txn->reply;
@@ -292,7 +294,11 @@ void IPCDriver::OnProcessKilled(VirtualProcess& killed)
 
 void IPCDriver::SendObituaries(const std::weak_ptr<VirtualProcess>& killed)
 {
-    for (HandleTable::Obituary& obituary : handles_->MarkOwnerDead(killed)) {
+    std::vector<HandleTable::Obituary> obituaries = handles_->MarkOwnerDead(killed);
+    // Holders are told in the order their proxies were made, whatever the table's layout.
+    std::sort(obituaries.begin(), obituaries.end(),
+              [](const auto& a, const auto& b) { return a.proxy->GetHandle() < b.proxy->GetHandle(); });
+    for (HandleTable::Obituary& obituary : obituaries) {
         std::vector<sptr<IRemoteObject::DeathRecipient>> recipients = obituary.proxy->MarkDead();
         std::shared_ptr<VirtualProcess> holder = obituary.holder.lock();
         if (recipients.empty() || holder == nullptr) {

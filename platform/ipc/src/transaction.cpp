@@ -11,7 +11,8 @@ Transaction::Transaction(sptr<IPCObjectStub> target, int32_t targetPid, uint32_t
       code(code),
       oneWay((option.GetFlags() & MessageOption::TF_ASYNC) != 0),
       data(data),
-      option(option)
+      option(option),
+      senderSequenced_(!oneWay && Sequencer::Holding())
 {
     // The handler reads its copy from the start, whatever the sender had read.
     this->data.RewindRead(0);
@@ -27,6 +28,9 @@ bool Transaction::Complete(int status, bool replied)
         completed_ = true;
         replied_ = replied;
         status_ = status;
+        if (senderSequenced_) {
+            resume_ = Sequencer::ReserveFirst();
+        }
     }
     done_.notify_all();
     return true;
@@ -34,13 +38,23 @@ bool Transaction::Complete(int status, bool replied)
 
 int Transaction::Wait(std::chrono::seconds timeout, bool& replied)
 {
+    Sequencer::Finish();
     std::unique_lock<std::mutex> lock(mutex_);
     if (!done_.wait_for(lock, timeout, [this] { return completed_; })) {
-        replied = false;
-        return ERR_TIMED_OUT;
+        // Marked complete so that a late reply neither counts nor reserves a turn.
+        completed_ = true;
+        replied_ = false;
+        status_ = ERR_TIMED_OUT;
+        if (senderSequenced_) {
+            resume_ = Sequencer::ReserveFirst();
+        }
     }
     replied = replied_;
-    return status_;
+    const int status = status_;
+    const Sequencer::Turn resume = resume_;
+    lock.unlock();
+    Sequencer::Take(resume);
+    return status;
 }
 
 }  // namespace Tarvo

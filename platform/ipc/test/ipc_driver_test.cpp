@@ -1,5 +1,6 @@
 #include "ipc_driver.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,12 +8,14 @@
 #include <condition_variable>
 #include <future>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "ipc_skeleton.h"
 #include "ipc_test_support.h"
 #include "ipc_types.h"
+#include "sequencer.h"
 #include "work_tracker.h"
 
 namespace Tarvo {
@@ -512,6 +515,39 @@ TEST_F(IpcDriverTest, ContextObjectIsSeenFromEachProcess)
     }
     service_->Kill();
     EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
+}
+
+TEST_F(IpcDriverTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads)
+{
+    Sequencer::Enable();
+    std::mutex mutex;
+    std::vector<std::string> journal;
+    auto note = [&](std::string entry) {
+        std::lock_guard<std::mutex> lock(mutex);
+        journal.push_back(std::move(entry));
+    };
+    auto noting = [&](std::string name) {
+        return [&note, name](uint32_t, MessageParcel& data, MessageParcel&, auto&) {
+            note(name + " " + std::to_string(data.ReadInt32()));
+            return 0;
+        };
+    };
+    sptr<IRemoteObject> first = Transfer(MakeStub(service_, u"test.First", noting("first")), client_);
+    sptr<IRemoteObject> second = Transfer(MakeStub(service_, u"test.Second", noting("second")), client_);
+    sptr<IRemoteObject> sync = Transfer(MakeStub(third_, u"test.Sync", noting("sync")), client_);
+    {
+        ScopedProcess scope(client_);
+        Sequencer::Hold hold;
+        for (int32_t i = 1; i <= 2; ++i) {
+            EXPECT_EQ(Call(first, 1, i, nullptr, MessageOption::TF_ASYNC), ERR_NONE);
+            EXPECT_EQ(Call(second, 1, i, nullptr, MessageOption::TF_ASYNC), ERR_NONE);
+        }
+        // Handed straight over and back, ahead of the one-way work already waiting.
+        EXPECT_EQ(Call(sync, 1, 0), ERR_NONE);
+        note("replied");
+    }
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
+    EXPECT_THAT(journal, testing::ElementsAre("sync 0", "replied", "first 1", "first 2", "second 1", "second 2"));
 }
 
 }  // namespace

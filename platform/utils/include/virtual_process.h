@@ -11,6 +11,9 @@
 //  - Post() runs the work on one of the process's threads, started on demand up to kMaxThreads (a
 //    new thread whenever queued work outnumbers idle threads, so a handler waiting on more work of
 //    its own process is not starved), and counts it in WorkTracker from queueing until it returns.
+//  - In virtual time each posted work reserves its turn (Sequencer) when posted and runs holding
+//    it. PostNext() queues work before everything waiting, for a hand-off: a synchronous request
+//    whose sender waits for it.
 //  - Kill() is terminal: IsAlive() turns false, Post() is refused, kill observers run once on the
 //    calling thread. Work already running finishes; work already queued still runs, and must check
 //    IsAlive() itself if a dead process must not act.
@@ -26,6 +29,7 @@
 #include <thread>
 #include <vector>
 
+#include "sequencer.h"
 #include "work_tracker.h"
 
 namespace Tarvo {
@@ -60,6 +64,7 @@ public:
 
     void Kill();
     bool Post(std::function<void()> work);
+    bool PostNext(std::function<void()> work);
     // A thread that works for this process (event runners, delivery threads).
     std::thread StartThread(std::function<void()> body);
 
@@ -71,6 +76,7 @@ private:
     struct Work {
         std::function<void()> run;
         WorkTracker::Token token;
+        Sequencer::Turn turn;
     };
     // Shared with the worker threads, so that a thread detached by a destructor running on it
     // never touches freed memory.
@@ -83,6 +89,7 @@ private:
         bool alive = true;
         bool stopping = false;
     };
+    bool Enqueue(std::function<void()> work, bool next);
     static void WorkerLoop(const std::shared_ptr<Pool>& pool);
 
     const ProcessIdentity identity_;

@@ -22,8 +22,10 @@ public:
     void End();
     int64_t InFlight() const;
 
-    // Waits until no work is in flight; false if that did not happen within the real-time limit.
-    bool WaitQuiet(std::chrono::milliseconds realTimeout);
+    // Waits until no work is in flight; false if meanwhile nothing moved on (no work began or ended,
+    // no sequenced turn was taken) for `stallLimit` of real time: a hang, told from a slow machine
+    // by the absence of progress rather than by the time the whole wait took.
+    bool WaitQuiet(std::chrono::milliseconds stallLimit);
 
     // Begin() now, End() when the token dies; movable so it can ride along with queued work.
     class Token {
@@ -44,6 +46,7 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable quiet_;
     int64_t inFlight_ = 0;
+    uint64_t changes_ = 0;
 };
 
 }  // namespace Tarvo

@@ -57,6 +57,8 @@ VirtualProcess::~VirtualProcess()
         threads.swap(pool_->threads);
     }
     pool_->workReady.notify_all();
+    // Our threads may still need turns to finish their queued work.
+    Sequencer::Yield yield;
     for (auto& thread : threads) {
         // The last reference may be dropped on one of our own threads: it cannot join itself.
         if (thread.get_id() == std::this_thread::get_id()) {
@@ -94,11 +96,26 @@ void VirtualProcess::Kill()
 
 bool VirtualProcess::Post(std::function<void()> work)
 {
+    return Enqueue(std::move(work), false);
+}
+
+bool VirtualProcess::PostNext(std::function<void()> work)
+{
+    return Enqueue(std::move(work), true);
+}
+
+bool VirtualProcess::Enqueue(std::function<void()> work, bool next)
+{
     std::lock_guard<std::mutex> lock(pool_->mutex);
     if (!pool_->alive || pool_->stopping) {
         return false;
     }
-    pool_->queue.push_back(Work{std::move(work), WorkTracker::Token()});
+    // The pool's queue keeps the order of the turns, so a free thread always takes the earliest.
+    if (next) {
+        pool_->queue.push_front(Work{std::move(work), WorkTracker::Token(), Sequencer::ReserveFirst()});
+    } else {
+        pool_->queue.push_back(Work{std::move(work), WorkTracker::Token(), Sequencer::Reserve()});
+    }
     if (pool_->queue.size() > pool_->idle && pool_->threads.size() < kMaxThreads) {
         ++pool_->idle;
         pool_->threads.emplace_back([self = weak_from_this(), pool = pool_] {
@@ -123,11 +140,13 @@ void VirtualProcess::WorkerLoop(const std::shared_ptr<Pool>& pool)
         pool->queue.pop_front();
         --pool->idle;
         lock.unlock();
+        Sequencer::Take(work.turn);
         work.run();
         work.run = nullptr;  // what the work captured is released before the work counts as done
         {
             WorkTracker::Token done = std::move(work.token);
         }
+        Sequencer::Finish();
         lock.lock();
         ++pool->idle;
     }

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "sequencer.h"
+
 namespace Tarvo {
 
 WorkTracker& WorkTracker::GetInstance()
@@ -15,11 +17,13 @@ void WorkTracker::Begin()
 {
     std::lock_guard<std::mutex> lock(mutex_);
     ++inFlight_;
+    ++changes_;
 }
 
 void WorkTracker::End()
 {
     std::lock_guard<std::mutex> lock(mutex_);
+    ++changes_;
     if (--inFlight_ == 0) {
         quiet_.notify_all();
     }
@@ -31,10 +35,19 @@ int64_t WorkTracker::InFlight() const
     return inFlight_;
 }
 
-bool WorkTracker::WaitQuiet(std::chrono::milliseconds realTimeout)
+bool WorkTracker::WaitQuiet(std::chrono::milliseconds stallLimit)
 {
     std::unique_lock<std::mutex> lock(mutex_);
-    return quiet_.wait_for(lock, realTimeout, [this] { return inFlight_ == 0; });
+    for (;;) {
+        const uint64_t changes = changes_;
+        const uint64_t turns = Sequencer::Progress();
+        if (quiet_.wait_for(lock, stallLimit, [this] { return inFlight_ == 0; })) {
+            return true;
+        }
+        if (changes == changes_ && turns == Sequencer::Progress()) {
+            return false;
+        }
+    }
 }
 
 WorkTracker::Token::Token() : active_(true)

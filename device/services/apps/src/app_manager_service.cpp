@@ -41,13 +41,15 @@ void AppManagerService::Restart()
 {
     std::shared_ptr<VirtualProcess> oldProcess = std::move(process_);
     sptr<AppManager> oldManager = std::move(manager_);
+    // The new manager is registered before anyone hears of the old one's death, as a restarted
+    // service is by the time its holders react.
+    Start();
     if (oldProcess != nullptr) {
         oldProcess->Kill();
     }
     if (oldManager != nullptr) {
         oldManager->Clear();
     }
-    Start();
 }
 
 size_t AppManagerService::ObserverCount() const

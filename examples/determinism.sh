@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Plays every scenario RUNS times, JOBS runs at once, and checks that each scenario's traces (and
+# exit statuses) are the same byte for byte. Usage: determinism.sh ZEL_DEVICE RUNS JOBS SCENARIO...
+set -uo pipefail
+device=$1 runs=$2 jobs=$3
+shift 3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+play() {  # SCENARIO_INDEX RUN
+    local scenario=${scenarios[$1]}
+    "$device" run "$scenario" --quiet --trace "$work/$1.$2.jsonl" >/dev/null 2>"$work/$1.$2.err"
+    echo $? >"$work/$1.$2.status"
+}
+export -f play
+scenarios=("$@")
+export device work
+export SCENARIOS="${scenarios[*]}"
+
+for i in "${!scenarios[@]}"; do
+    for r in $(seq 1 "$runs"); do echo "$i $r"; done
+done | xargs -P "$jobs" -n 2 bash -c 'scenarios=($SCENARIOS); play "$0" "$1"'
+
+failed=0
+for i in "${!scenarios[@]}"; do
+    for r in $(seq 2 "$runs"); do
+        if ! cmp -s "$work/$i.1.jsonl" "$work/$i.$r.jsonl" || ! cmp -s "$work/$i.1.status" "$work/$i.$r.status"; then
+            echo "${scenarios[$i]}: run $r differs from run 1 (status $(cat "$work/$i.1.status") vs $(cat "$work/$i.$r.status"))"
+            diff "$work/$i.1.jsonl" "$work/$i.$r.jsonl" | head -n 10
+            failed=1
+            break
+        fi
+    done
+done
+[ "$failed" -eq 0 ] && echo "${#scenarios[@]} scenarios x $runs runs: every trace the same"
+exit "$failed"

@@ -13,7 +13,8 @@
 //    its own process is not starved), and counts it in WorkTracker from queueing until it returns.
 //  - In virtual time each posted work reserves its turn (Sequencer) when posted and runs holding
 //    it. PostNext() queues work before everything waiting, for a hand-off: a synchronous request
-//    whose sender waits for it.
+//    whose sender waits for it; it gets a thread even past kMaxThreads, since the others may all
+//    be waiting for later turns.
 //  - Kill() is terminal: IsAlive() turns false, Post() is refused, kill observers run once on the
 //    calling thread. Work already running finishes; work already queued still runs, and must check
 //    IsAlive() itself if a dead process must not act.

@@ -116,7 +116,8 @@ bool VirtualProcess::Enqueue(std::function<void()> work, bool next)
     } else {
         pool_->queue.push_back(Work{std::move(work), WorkTracker::Token(), Sequencer::Reserve()});
     }
-    if (pool_->queue.size() > pool_->idle && pool_->threads.size() < kMaxThreads) {
+    // A hand-off may pass the cap: every other thread may be holding work whose turn comes later.
+    if (pool_->queue.size() > pool_->idle && (pool_->threads.size() < kMaxThreads || next)) {
         ++pool_->idle;
         pool_->threads.emplace_back([self = weak_from_this(), pool = pool_] {
             tCurrent = self;

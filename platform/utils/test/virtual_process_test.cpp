@@ -5,6 +5,11 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <mutex>
+#include <vector>
+
+#include "sequencer.h"
+#include "work_tracker.h"
 
 namespace Tarvo {
 namespace {
@@ -57,6 +62,30 @@ TEST(VirtualProcessTest, NestedWorkGetsMoreThreads)
         inner.set_value();
     }));
     EXPECT_EQ(inner.get_future().wait_for(5s), std::future_status::ready);
+}
+
+TEST(VirtualProcessTest, HandOffRunsFirstEvenWhenEveryThreadHoldsALaterTurn)
+{
+    Sequencer::Enable();
+    auto app = MakeProcess(105, "app");
+    std::mutex mutex;
+    std::vector<size_t> ran;
+    auto note = [&](size_t id) {
+        std::lock_guard<std::mutex> lock(mutex);
+        ran.push_back(id);
+    };
+    {
+        Sequencer::Hold hold;
+        for (size_t i = 1; i <= VirtualProcess::kMaxThreads + 2; ++i) {
+            ASSERT_TRUE(app->Post([&note, i] { note(i); }));
+        }
+        ASSERT_TRUE(app->PostNext([&note] { note(0); }));
+    }
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(5s));
+    ASSERT_EQ(ran.size(), VirtualProcess::kMaxThreads + 3);
+    for (size_t i = 0; i < ran.size(); ++i) {
+        EXPECT_EQ(ran[i], i);
+    }
 }
 
 TEST(VirtualProcessTest, BackToBackPostsDoNotQueueBehindABusyThread)

@@ -62,8 +62,9 @@ protected:
         Strings lines;
         for (const HiviewDFX::LogRecord& record : logs_.Records()) {
             const std::string& text = record.message;
-            if (record.domain == ZEL_LOG_LABEL.domain && text.find("DataShareHelper") != 0 &&
-                text.find("SettingsDataHelper") != 0) {
+            bool helper = text.find("DataShareHelper") == 0 || text.find("dataShareHelper_") == 0 ||
+                          text.find("SettingsDataHelper") == 0;
+            if (record.domain == ZEL_LOG_LABEL.domain && !helper) {
                 lines.push_back(std::string(1, HiviewDFX::LevelLetter(record.level)) + " " + text);
             }
         }

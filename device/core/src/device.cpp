@@ -14,6 +14,7 @@
 #include "iservice_registry.h"
 #include "platform_clock.h"
 #include "tokenid_kit.h"
+#include "zel_log.h"
 #include "zel_manager_proxy.h"
 
 namespace Tarvo::Emu {
@@ -45,14 +46,14 @@ std::string MakeTempDir()
 }
 }  // namespace
 
-// Traces the lines the service's own process logs.
+// Traces the service's own lines: its domain, from its process (libraries there log under theirs).
 class Device::LogTracer : public HiviewDFX::LogSink {
 public:
     explicit LogTracer(Trace& trace) : trace_(trace) {}
     void SetPid(int32_t pid) { pid_ = pid; }
     void OnLog(const HiviewDFX::LogRecord& record) override
     {
-        if (pid_ != 0 && record.pid == pid_) {
+        if (pid_ != 0 && record.pid == pid_ && record.domain == Vantel::ZEL_LOG_LABEL.domain) {
             trace_.Emit("log", {{"level", std::string(1, HiviewDFX::LevelLetter(record.level))},
                                 {"msg", record.message}});
         }

@@ -20,6 +20,8 @@ constexpr const char* RESOLUTION_STYLE = "resolutionStyle";
 constexpr const char* DEFAULT_RESOLUTION_MODE = "defaultResolutionMode";
 constexpr const char* KEY_RESOLUTION_STYLE = "settings.display.resolution_style";
 constexpr const char* KEY_RESOLUTION_MODE = "settings.display.resolution_mode";
+// Belongs to the display settings; nothing here reads or writes it.
+[[maybe_unused]] constexpr const char* KEY_RESOLUTION_SMART_SWITCH = "settings.display.resolution_smart_switch";
 constexpr const char* PARAM_RESOLUTION_RATIO = "zel.currunt_resolution_ratio";
 constexpr const char* PARAM_FOLD_SCREEN_TYPE = "const.window.foldscreen.type";
 
@@ -52,13 +54,14 @@ const char* LevelKey(ResolutionLevel level)
     }
 }
 
-// The settings row comes from outside: anything that is not a whole int is refused.
+// Read as a decimal int would be: leading blanks and a sign are taken and the digits end at the first
+// other character ("2x" is 2). Only a row without a leading number or beyond the int range is refused.
 bool ParseMode(const std::string& text, int32_t& mode)
 {
     errno = 0;
     char* end = nullptr;
     long value = std::strtol(text.c_str(), &end, 10);
-    if (end == text.c_str() || *end != '\0' || errno == ERANGE || value < INT32_MIN || value > INT32_MAX) {
+    if (end == text.c_str() || errno == ERANGE || value < INT32_MIN || value > INT32_MAX) {
         return false;
     }
     mode = static_cast<int32_t>(value);

@@ -1,9 +1,15 @@
 #include "zel_manager_config.h"
 
+#include <fcntl.h>
 #include <libxml/parser.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <charconv>
 #include <climits>
+#include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -27,8 +33,100 @@ const std::set<std::string> INT_NUMBERS_ITEMS = {
     "lowLevel",        "maxCallbackSize",       "powermode", "ambientBrightnessThreshold",
 };
 
+// A real configuration is a few kilobytes; the limit bounds what a broken or hostile file can cost.
+constexpr off_t CONFIG_SIZE_LIMIT = 1024 * 1024;
+// Blank text nodes dropped; no network, no external DTD and no entity substitution.
+constexpr int PARSE_OPTIONS = XML_PARSE_NOBLANKS | XML_PARSE_NONET;
+// libxml2's own diagnostics, kept apart from the service's lines.
+constexpr HiviewDFX::HiLogLabel XML_LOG_LABEL = {HiviewDFX::LOG_CORE, 0xD003900, "LIBXML2"};
+
 // Only the parse itself is serialised; the tables are filled once on the start-up path.
 std::recursive_mutex g_parseMutex;
+
+enum class FileRead { OK, UNREADABLE, TOO_BIG };
+
+std::string WithoutLineEnd(std::string text)
+{
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) {
+        text.pop_back();
+    }
+    return text;
+}
+
+void XmlGenericError(void* /* context */, const char* format, ...)
+{
+    char text[512];
+    va_list args;
+    va_start(args, format);
+    (void)vsnprintf(text, sizeof(text), format, args);
+    va_end(args);
+    std::string line = WithoutLineEnd(text);
+    if (!line.empty()) {
+        HiviewDFX::HiLog::Warn(XML_LOG_LABEL, "%{public}s", line.c_str());
+    }
+}
+
+void XmlStructuredError(void* /* context */, xmlErrorPtr error)
+{
+    if (error == nullptr) {
+        return;
+    }
+    std::string message = WithoutLineEnd(error->message != nullptr ? error->message : "");
+    HiviewDFX::LogLevel level = error->level == XML_ERR_WARNING ? HiviewDFX::LOG_WARN : HiviewDFX::LOG_ERROR;
+    HiLogPrint(XML_LOG_LABEL.type, level, XML_LOG_LABEL.domain, XML_LOG_LABEL.tag, "%{public}s:%{public}d: %{public}s",
+               error->file != nullptr ? error->file : "", error->line, message.c_str());
+}
+
+// libxml2 keeps its handlers per thread: threads started later copy the defaults set once here, and
+// the calling thread, which may have met libxml2 before, is set directly.
+void RouteXmlDiagnostics()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        xmlInitParser();
+        xmlThrDefSetGenericErrorFunc(nullptr, XmlGenericError);
+        xmlThrDefSetStructuredErrorFunc(nullptr, XmlStructuredError);
+    });
+    xmlSetGenericErrorFunc(nullptr, XmlGenericError);
+    xmlSetStructuredErrorFunc(nullptr, XmlStructuredError);
+}
+
+// A file that grows meanwhile is read up to the size it had.
+void ReadUpTo(int fd, size_t size, std::string& content)
+{
+    content.resize(size);
+    size_t total = 0;
+    while (total < size) {
+        ssize_t got = read(fd, content.data() + total, size - total);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            break;
+        }
+        total += static_cast<size_t>(got);
+    }
+    content.resize(total);
+}
+
+// The size is checked before anything is read; a FIFO or device is never read at all.
+FileRead ReadConfigFile(const std::string& path, std::string& content)
+{
+    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0) {
+        return FileRead::UNREADABLE;
+    }
+    struct stat info {};
+    FileRead result = FileRead::UNREADABLE;
+    if (fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
+        result = info.st_size > CONFIG_SIZE_LIMIT ? FileRead::TOO_BIG : FileRead::OK;
+    }
+    if (result == FileRead::OK) {
+        ReadUpTo(fd, static_cast<size_t>(info.st_size), content);
+    }
+    close(fd);
+    return result;
+}
 
 const char* NodeName(const xmlNodePtr& node)
 {
@@ -76,6 +174,33 @@ public:
 private:
     xmlChar* value_;
 };
+
+// The document, or null when the file is missing, unreadable, too big, not well-formed or has a
+// document type declaration (its entities would be expanded by every later read of a value).
+xmlDocPtr ParseConfigFile(const std::string& filePath)
+{
+    std::string content;
+    FileRead read = ReadConfigFile(filePath, content);
+    xmlDocPtr docPtr = nullptr;
+    if (read == FileRead::OK) {
+        std::lock_guard<std::recursive_mutex> lock(g_parseMutex);
+        RouteXmlDiagnostics();
+        docPtr =
+            xmlReadMemory(content.data(), static_cast<int>(content.size()), filePath.c_str(), nullptr, PARSE_OPTIONS);
+    }
+    ZEL_LOGI("[ZelConfig] filePath: %{public}s", filePath.c_str());
+    if (read == FileRead::TOO_BIG) {
+        ZEL_LOGE("[ZelConfig] config file is bigger than %{public}lld bytes",
+                 static_cast<long long>(CONFIG_SIZE_LIMIT));
+    }
+    if (docPtr != nullptr && (docPtr->intSubset != nullptr || docPtr->extSubset != nullptr)) {
+        ZEL_LOGE("[ZelConfig] config file has a document type declaration");
+        xmlFreeDoc(docPtr);
+        docPtr = nullptr;
+    }
+    return docPtr;
+}
+
 }  // namespace
 
 std::map<std::string, bool> ZelManagerConfig::enableConfig_;
@@ -96,14 +221,7 @@ std::string ZelManagerConfig::GetConfigPath(const std::string& configFileName)
 
 bool ZelManagerConfig::LoadConfigXml()
 {
-    std::string filePath = GetConfigPath(CONFIG_RELATIVE_PATH);
-    xmlDocPtr docPtr = nullptr;
-    {
-        std::lock_guard<std::recursive_mutex> lock(g_parseMutex);
-        // Blank text nodes dropped; no entity substitution and no external DTD, so nothing else is pulled in.
-        docPtr = xmlReadFile(filePath.c_str(), nullptr, XML_PARSE_NOBLANKS);
-    }
-    ZEL_LOGI("[ZelConfig] filePath: %{public}s", filePath.c_str());
+    xmlDocPtr docPtr = ParseConfigFile(GetConfigPath(CONFIG_RELATIVE_PATH));
     if (docPtr == nullptr) {
         ZEL_LOGE("[ZelConfig] load xml error!");
         return false;

@@ -69,7 +69,8 @@ void ZelManagerService::InitServiceState()
         GameFpsPolicy::GetInstance()->SetMaxCallbackSize();
         GameFpsPolicy::GetInstance()->SetGameFpsSwtich();
     } else {
-        ResolutionManager::InitDefaultResolutionMode();
+        // Through the instance, so the manager (and its event handle) exists from start-up on.
+        ResolutionManager::GetInstance()->InitDefaultResolutionMode();
     }
     handler_->ExecuteAsyncTask([]() { GameFpsPolicy::GetInstance()->QueryGamePkg({}, GAME_PKG_QUERY_RETRY_TIMES); });
     RegisterCommonEventListener();

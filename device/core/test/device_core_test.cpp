@@ -4,11 +4,18 @@
 #include "ipc_object_stub.h"
 #include "package_catalog.h"
 #include "trace.h"
+#include "virtual_clock.h"
 
 namespace Tarvo::Emu {
 namespace {
 
-TEST(TraceTest, EventsRenderAsOneJsonObjectWithFieldsInOrder)
+// Events are stamped with the platform clock: virtual here, so that "t" is 0 however slow the run.
+class TraceTest : public testing::Test {
+protected:
+    void SetUp() override { VirtualClock::Install(); }
+};
+
+TEST_F(TraceTest, EventsRenderAsOneJsonObjectWithFieldsInOrder)
 {
     Trace trace;
     trace.Emit("mox.refresh", {{"name", std::string("VOTER_SCENE")},
@@ -18,8 +25,9 @@ TEST(TraceTest, EventsRenderAsOneJsonObjectWithFieldsInOrder)
     trace.Emit("mox.package", {{"pkgs", std::vector<std::string>{"com.a:0:-1", "b"}}, {"reply", nullptr}});
     auto events = trace.EventsSince(0);
     ASSERT_EQ(events.size(), 2u);
-    EXPECT_EQ(events[0].Json(),
-              R"({"t":0,"ev":"mox.refresh","name":"VOTER_SCENE","status":true,"min":0,"desc":"a \"quoted\"\\\n\u0001"})");
+    EXPECT_EQ(
+        events[0].Json(),
+        R"({"t":0,"ev":"mox.refresh","name":"VOTER_SCENE","status":true,"min":0,"desc":"a \"quoted\"\\\n\u0001"})");
     EXPECT_EQ(events[1].Json(), R"({"t":0,"ev":"mox.package","pkgs":["com.a:0:-1","b"],"reply":null})");
     EXPECT_EQ(ValueText(*events[0].Find("status")), "true");
     EXPECT_EQ(ValueText(*events[0].Find("name")), "VOTER_SCENE");

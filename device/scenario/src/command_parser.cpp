@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "input_text.h"
 #include "trace_kinds.h"
 
 namespace Tarvo::Emu {
@@ -45,7 +46,7 @@ bool CommandParser::Parse(const std::vector<ScenarioWord>& words, ScenarioComman
     const std::string& name = words.front().text;
     auto handler = handlers_.find(name);
     if (handler == handlers_.end()) {
-        *error = "unknown command '" + name + "'";
+        *error = "unknown command '" + Shown(name) + "'";
         return false;
     }
     CommandArgs args(name, std::vector<ScenarioWord>(words.begin() + 1, words.end()));
@@ -73,7 +74,7 @@ bool CommandParser::RequestAllowed(const CommandArgs& args, std::string* error) 
 bool CommandParser::Installed(const CommandArgs& args, const std::string& bundle, std::string* error) const
 {
     if (installed_.count(bundle) == 0) {
-        *error = args.Command() + ": '" + bundle + "' is not installed at this point";
+        *error = args.Command() + ": '" + Shown(bundle) + "' is not installed at this point";
         return false;
     }
     return true;
@@ -95,7 +96,7 @@ bool CommandParser::Caller(const CommandArgs& args, CallerSpec::Kind byDefault, 
         caller->kind = CallerSpec::Kind::BUNDLE;
         caller->bundle = *as;
     } else {
-        *error = args.Command() + ": as='" + *as + "' is neither system, native, shell nor an installed bundle";
+        *error = args.Command() + ": as='" + Shown(*as) + "' is neither system, native, shell nor an installed bundle";
         return false;
     }
     return true;
@@ -142,7 +143,7 @@ bool CommandParser::ParseConfig(const CommandArgs& args, ScenarioCommand* comman
         }
         std::error_code ec;
         if (!std::filesystem::is_regular_file(path, ec)) {
-            *error = "config: no file '" + path.string() + "'";
+            *error = "config: no file '" + Shown(path.string()) + "'";
             return false;
         }
         config.path = path.string();
@@ -207,7 +208,7 @@ bool CommandParser::ParseInstall(const CommandArgs& args, ScenarioCommand* comma
         const std::string& flag = args.Positional()[i];
         bool* target = flag == "game" ? &package.game : (flag == "system" ? &package.system : nullptr);
         if (target == nullptr || *target) {
-            *error = "pkg.install: '" + flag + "' is not game or system, or is given twice";
+            *error = "pkg.install: '" + Shown(flag) + "' is not game or system, or is given twice";
             return false;
         }
         *target = true;
@@ -224,13 +225,17 @@ bool CommandParser::ParseInstall(const CommandArgs& args, ScenarioCommand* comma
         package.type = static_cast<int32_t>(type);
     }
     if (package.bundle.empty() || installed_.count(package.bundle) != 0) {
-        *error = "pkg.install: '" + package.bundle + "' is empty or already installed";
+        *error = "pkg.install: '" + Shown(package.bundle) + "' is empty or already installed";
         return false;
     }
     const int64_t numbered = uid == 0 ? nextUid_ : uid;
+    if (numbered > I32_MAX) {
+        *error = "pkg.install: the next uid, " + std::to_string(numbered) + ", is beyond the 32-bit range; give uid=N";
+        return false;
+    }
     for (const auto& [bundle, taken] : installed_) {
         if (taken == numbered) {
-            *error = "pkg.install: uid " + std::to_string(numbered) + " is taken by " + bundle;
+            *error = "pkg.install: uid " + std::to_string(numbered) + " is taken by " + Shown(bundle);
             return false;
         }
     }
@@ -429,7 +434,7 @@ bool CommandParser::ParseExpect(const CommandArgs& args, bool none, ScenarioComm
     const std::string& ev = args.Positional()[0];
     const auto* fields = TraceKindFields(ev);
     if (fields == nullptr) {
-        *error = args.Command() + ": no trace event is called '" + ev + "'";
+        *error = args.Command() + ": no trace event is called '" + Shown(ev) + "'";
         return false;
     }
     for (const auto& [field, value] : args.Options()) {
@@ -438,7 +443,7 @@ bool CommandParser::ParseExpect(const CommandArgs& args, bool none, ScenarioComm
             for (const auto& name : *fields) {
                 known += (known.empty() ? "" : ", ") + name;
             }
-            *error = args.Command() + ": " + ev + " has no field '" + field + "' (fields: " + known + ")";
+            *error = args.Command() + ": " + ev + " has no field '" + Shown(field) + "' (fields: " + known + ")";
             return false;
         }
     }

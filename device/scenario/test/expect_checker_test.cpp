@@ -40,7 +40,7 @@ TEST_F(ExpectCheckerTest, WindowMovesPastTheMatchOnlyWhenAnExpectHolds)
     // A's begin came before B's: out of this window now; a failure does not move it.
     EXPECT_FALSE(Check("mox.refresh", {{"desc", "A"}, {"status", "true"}}));
     ASSERT_EQ(last_.seen.size(), 1u);
-    EXPECT_EQ(last_.seen[0].Json(),
+    EXPECT_EQ(last_.seen[0]->Json(),
               R"({"t":0,"ev":"mox.refresh","name":"VOTER_SCENE","status":false,"min":0,"max":0,"desc":"A"})");
     EXPECT_EQ(checker_.WindowStart(), 2u);
     // expect.none looks at the same window and never moves it.

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "input_text.h"
+#include "raw_fields.h"
 #include "trace_kinds.h"
 
 namespace Tarvo::Emu {
@@ -260,9 +261,14 @@ void CommandParser::AddRequests()
         return ParseGameFps(a, c, e);
     };
     handlers_["register"] = [this](const CommandArgs& a, ScenarioCommand* c, std::string* e) {
-        return RequestAllowed(a, e) && a.Count(2, 2, "register BUNDLE CBNAME", e) && a.OnlyOptions({}, e) &&
-               Installed(a, a.Positional()[0], e) && Produce(c, Cmd::Register{a.Positional()[0], a.Positional()[1]});
+        if (!RequestAllowed(a, e) || !a.Count(2, 2, "register BUNDLE CBNAME", e) || !a.OnlyOptions({}, e) ||
+            !Installed(a, a.Positional()[0], e)) {
+            return false;
+        }
+        callbacks_.emplace(a.Positional()[0], a.Positional()[1]);
+        return Produce(c, Cmd::Register{a.Positional()[0], a.Positional()[1]});
     };
+    handlers_["raw"] = [this](const CommandArgs& a, ScenarioCommand* c, std::string* e) { return ParseRaw(a, c, e); };
 }
 
 bool CommandParser::ParseScene(const CommandArgs& args, ScenarioCommand* command, std::string* error) const
@@ -330,6 +336,56 @@ bool CommandParser::ParseGameFps(const CommandArgs& args, ScenarioCommand* comma
     }
     gameFps.pkg = args.Positional()[0];
     return Produce(command, std::move(gameFps));
+}
+
+bool CommandParser::ParseRaw(const CommandArgs& args, ScenarioCommand* command, std::string* error) const
+{
+    Cmd::Raw raw;
+    RawRequest& request = raw.request;
+    if (!RequestAllowed(args, error) ||
+        !args.Count(1, 1 + kMaxRawFields,
+                    "raw CODE [FIELD...] [oneway] [token=DESC|none] [to=BUNDLE:CBNAME] [as=CALLER]", error) ||
+        !args.OnlyOptions({"token", "to", "as"}, error) ||
+        !args.Wire32(args.Positional()[0], "CODE", &request.code, error) ||
+        !Caller(args, CallerSpec::Kind::SYSTEM, &request.caller, error) || !ParseRawTarget(args, &request, error)) {
+        return false;
+    }
+    if (const auto token = args.Find("token"); token) {
+        request.writeToken = *token != "none";
+        request.token = Utf8ToUtf16(*token);
+    }
+    for (size_t i = 1; i < args.Positional().size(); ++i) {
+        const std::string& word = args.Positional()[i];
+        if (word == "oneway") {
+            request.oneWay = true;
+            continue;
+        }
+        if (!ParseRawField(args, word, &request.fields.emplace_back(), error)) {
+            return false;
+        }
+    }
+    return Produce(command, std::move(raw));
+}
+
+// to=BUNDLE:CBNAME names a callback object a register line made, reached from another process.
+bool CommandParser::ParseRawTarget(const CommandArgs& args, RawRequest* request, std::string* error) const
+{
+    const auto to = args.Find("to");
+    if (!to) {
+        return true;
+    }
+    const size_t colon = to->find(':');
+    request->bundle = to->substr(0, colon);
+    request->callback = colon == std::string::npos ? std::string() : to->substr(colon + 1);
+    if (callbacks_.count({request->bundle, request->callback}) == 0) {
+        *error = "raw: to='" + Shown(*to) + "' names no callback a register line made (to=BUNDLE:CBNAME)";
+        return false;
+    }
+    if (request->caller.kind == CallerSpec::Kind::BUNDLE && request->caller.bundle == request->bundle) {
+        *error = "raw: the callback lives in the caller's own process; send it from another (as=...)";
+        return false;
+    }
+    return true;
 }
 
 void CommandParser::AddEvents()

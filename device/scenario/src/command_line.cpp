@@ -90,7 +90,8 @@ const char* CommandLine::Usage()
            "check only parses SCENARIO and reports every error.\n"
            "\n"
            "exit status: 0 played and every expect held; 1 the device or the service failed; 2 usage or scenario\n"
-           "errors (nothing played); 3 an expect failed.\n";
+           "errors (nothing played); 3 an expect failed; 130, 143 interrupted by SIGINT, SIGTERM (the temporary\n"
+           "data directory is removed all the same).\n";
 }
 
 }  // namespace Tarvo::Emu

@@ -117,6 +117,8 @@ private:
     // The service as the caller sees it, or null (before boot, service manager down, hidden).
     sptr<IRemoteObject> ServiceObject();
     bool WriteConfig(const std::string& source, std::string* error);
+    // A fresh temporary one unless given; written as $DATA in the trace.
+    void PrepareDataDir();
 
     const DeviceSetup setup_;
     std::string dataDir_;

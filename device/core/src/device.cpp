@@ -65,18 +65,7 @@ std::string MakeTempDir()
 
 Device::Device(DeviceSetup setup) : setup_(std::move(setup))
 {
-    dataDir_ = setup_.dataDir;
-    if (dataDir_.empty()) {
-        dataDir_ = MakeTempDir();
-        removeDataDir_ = !setup_.keepDataDir;
-    }
-    std::error_code ignored;
-    fs::create_directories(dataDir_, ignored);
-    dataDir_ = AbsoluteDir(dataDir_);
-    if (removeDataDir_) {
-        RemoveOnInterrupt(dataDir_);
-    }
-    trace_.Hide(dataDir_, DATA_PLACEHOLDER);
+    PrepareDataDir();
     HiviewDFX::HiLogOutput::SetStderrEnabled(setup_.log);
     HiviewDFX::HiLogOutput::SetTimeSource([] { return PlatformClock::now().time_since_epoch().count(); });
     // The hooks hold the tap, not the device: a call still running in them when the device goes
@@ -108,6 +97,26 @@ Device::Device(DeviceSetup setup) : setup_(std::move(setup))
     if (!setup_.defaultConfig.empty() && fs::exists(setup_.defaultConfig)) {
         WriteConfig(setup_.defaultConfig, nullptr);
     }
+}
+
+void Device::PrepareDataDir()
+{
+    dataDir_ = setup_.dataDir;
+    if (dataDir_.empty()) {
+        dataDir_ = MakeTempDir();
+        if (dataDir_.empty()) {
+            failure_ = "no temporary data directory could be made";
+            return;
+        }
+        removeDataDir_ = !setup_.keepDataDir;
+    }
+    std::error_code ignored;
+    fs::create_directories(dataDir_, ignored);
+    dataDir_ = AbsoluteDir(dataDir_);
+    if (removeDataDir_) {
+        RemoveOnInterrupt(dataDir_);
+    }
+    trace_.Hide(dataDir_, DATA_PLACEHOLDER);
 }
 
 Device::~Device()

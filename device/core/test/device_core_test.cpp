@@ -50,9 +50,8 @@ TEST_F(TraceTest, TheHiddenFolderIsWrittenAsItsPlaceholderInEveryText)
     ASSERT_EQ(events.size(), 2u);
     EXPECT_EQ(events[0].Json(), R"({"t":0,"ev":"log","msg":"/tmp/zel_device.a1 before hiding"})");
     // Only the folder itself: a longer name that starts the same way is left alone.
-    EXPECT_EQ(events[1].Json(),
-              R"({"t":0,"ev":"log","msg":"filePath: $DATA/system/x.xml, $DATA",)"
-              R"("level":"/tmp/zel_device.a12 /tmp/zel_device.a1.old","pkgs":["$DATA","b"],"n":1})");
+    EXPECT_EQ(events[1].Json(), R"({"t":0,"ev":"log","msg":"filePath: $DATA/system/x.xml, $DATA",)"
+                                R"("level":"/tmp/zel_device.a12 /tmp/zel_device.a1.old","pkgs":["$DATA","b"],"n":1})");
     EXPECT_EQ(&trace.At(1), &trace.At(1));
     EXPECT_EQ(trace.At(1).ev, "log");
 }
@@ -66,7 +65,7 @@ TEST(InputTextTest, QuotedInputIsEscapedAndShortened)
         {"\x1b[2J\x7f", "\\x1b[2J\\x7f"},
         {"back\\slash", "back\\\\slash"},
         {"caf\xc3\xa9 \xe2\x82\xac", "caf\xc3\xa9 \xe2\x82\xac"},  // printable UTF-8 kept
-        {"c1 \xc2\x9b", "c1 \\xc2\\x9b"},                            // a C1 control is not
+        {"c1 \xc2\x9b", "c1 \\xc2\\x9b"},                          // a C1 control is not
         {"bad \xff\xc3", "bad \\xff\\xc3"},
         {std::string(70, 'a'), std::string(64, 'a') + "..."},
         {std::string(64, 'a'), std::string(64, 'a')},
@@ -82,7 +81,9 @@ TEST(InputTextTest, Utf8BecomesUtf16WithSurrogatePairs)
 {
     EXPECT_EQ(Utf8ToUtf16("Tarvo.IZelManager"), u"Tarvo.IZelManager");
     EXPECT_EQ(Utf8ToUtf16("\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80"), u"\u00e9\u20ac\U0001F600");
-    EXPECT_EQ(Utf8ToUtf16("a\xff" "b"), u"a\ufffdb");
+    EXPECT_EQ(Utf8ToUtf16("a\xff"
+                          "b"),
+              u"a\ufffdb");
     EXPECT_TRUE(IsValidUtf8("\xf0\x9f\x98\x80"));
     for (const char* invalid : {"\xc0\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\xe2\x82"}) {
         EXPECT_FALSE(IsValidUtf8(invalid)) << invalid;

@@ -43,9 +43,9 @@ TEST(RawParcelTest, TokenThenEachFieldInTheParcelsEncodings)
     MessageParcel data;
     ASSERT_TRUE(WriteRawRequest(request, u"D", data));
     EXPECT_EQ(Hex(data),
-              "01000000 44000000 "                     // token u"D"
-              "02000000 61620000 "                     // s:ab
-              "feffffff 07000000 01000000 "            // i:-2 u:7 b:1
+              "01000000 44000000 "                    // token u"D"
+              "02000000 61620000 "                    // s:ab
+              "feffffff 07000000 01000000 "           // i:-2 u:7 b:1
               "02000000 ffffffff 02000000 00000000 "  // i32v:-1,2 u32v:
               "0a0b0c0d 0e000000");                   // hex:0a0b0c0d0e, padded
 
@@ -134,11 +134,11 @@ TEST_F(DeviceTapTest, TracesTheServiceAndTheWatchedCallbackOnly)
     tap_->OnTransaction(Record(9, callback, 7));
     EXPECT_TRUE(tap_->Delivered());
 
-    EXPECT_EQ(Lines(), (std::vector<std::string>{
-                           R"({"t":0,"ev":"ipc.done","line":4,"code":1,"status":0,"reply":-1})",
-                           R"({"t":0,"ev":"log","level":"E","msg":"service line"})",
-                           R"({"t":0,"ev":"app.log","bundle":"com.g","level":"E","msg":"callback line"})",
-                           R"({"t":0,"ev":"ipc.done","line":9,"code":1,"status":0,"reply":null})"}));
+    EXPECT_EQ(Lines(),
+              (std::vector<std::string>{R"({"t":0,"ev":"ipc.done","line":4,"code":1,"status":0,"reply":-1})",
+                                        R"({"t":0,"ev":"log","level":"E","msg":"service line"})",
+                                        R"({"t":0,"ev":"app.log","bundle":"com.g","level":"E","msg":"callback line"})",
+                                        R"({"t":0,"ev":"ipc.done","line":9,"code":1,"status":0,"reply":null})"}));
 }
 
 TEST_F(DeviceTapTest, NothingReachesTheTraceOnceDetached)

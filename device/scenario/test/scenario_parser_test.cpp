@@ -217,45 +217,49 @@ TEST_F(ScenarioParserTest, RawFieldsAreCheckedAndBounded)
 {
     const std::string tooMany = "0 raw 2 u32v:" + std::string(kMaxRawElements, ',') + "\n";
     const std::string tooLong = "0 raw 2 hex:" + std::string(2 * kMaxRawBytes + 2, 'a') + "\n";
-    ExpectErrors("0 raw 1\n"
-                 "0 pkg.install com.g game\n"
-                 "0 boot\n"
-                 "0 raw\n"
-                 "0 raw 1 x:1\n"
-                 "0 raw 1 word\n"
-                 "0 raw 1 b:2\n"
-                 "0 raw 1 hex:abc\n"
-                 "0 raw 1 hex:zz\n"
-                 "0 raw 1 i32v:1,,2\n"
-                 "0 raw 1 u:x\n"
-                 "0 raw 1 to=com.g:cb\n"
-                 "0 register com.g cb\n"
-                 "0 raw 1 to=com.g:cb as=com.g\n"
-                 "0 raw 1 to=com.g:cb as=com.x\n"
-                 "0 raw 1 bogus=1\n" +
-                     tooMany + tooLong,
-                 {{1, "only allowed after boot"},
-                  {4, "too few arguments"},
-                  {5, "unknown field kind 'x'"},
-                  {6, "'word' is neither oneway nor a field"},
-                  {7, "b: takes 0 or 1, not '2'"},
-                  {8, "even number of digits"},
-                  {9, "'zz' is not two hex digits"},
-                  {10, "element '' is not a decimal"},
-                  {11, "u: 'x' is not a decimal"},
-                  {12, "names no callback"},
-                  {14, "the caller's own process"},
-                  {15, "as='com.x'"},
-                  {16, "unknown option 'bogus'"},
-                  {17, "at most 65536"},
-                  {18, "at most 262144 bytes"}});
+    ExpectErrors(
+        "0 raw 1\n"
+        "0 pkg.install com.g game\n"
+        "0 boot\n"
+        "0 raw\n"
+        "0 raw 1 x:1\n"
+        "0 raw 1 word\n"
+        "0 raw 1 b:2\n"
+        "0 raw 1 hex:abc\n"
+        "0 raw 1 hex:zz\n"
+        "0 raw 1 i32v:1,,2\n"
+        "0 raw 1 u:x\n"
+        "0 raw 1 to=com.g:cb\n"
+        "0 register com.g cb\n"
+        "0 raw 1 to=com.g:cb as=com.g\n"
+        "0 raw 1 to=com.g:cb as=com.x\n"
+        "0 raw 1 bogus=1\n" +
+            tooMany + tooLong,
+        {{1, "only allowed after boot"},
+         {4, "too few arguments"},
+         {5, "unknown field kind 'x'"},
+         {6, "'word' is neither oneway nor a field"},
+         {7, "b: takes 0 or 1, not '2'"},
+         {8, "even number of digits"},
+         {9, "'zz' is not two hex digits"},
+         {10, "element '' is not a decimal"},
+         {11, "u: 'x' is not a decimal"},
+         {12, "names no callback"},
+         {14, "the caller's own process"},
+         {15, "as='com.x'"},
+         {16, "unknown option 'bogus'"},
+         {17, "at most 65536"},
+         {18, "at most 262144 bytes"}});
 }
 
 TEST_F(ScenarioParserTest, MessagesQuoteInputEscapedAndShort)
 {
-    const ParseResult result = Parse("0 dance\x1b[2J\x07\n"
-                                     "0 " + std::string(1 << 20, 'z') + "\n"
-                                     "0 light \x1b]0;title\x07 on\n");
+    const ParseResult result = Parse(
+        "0 dance\x1b[2J\x07\n"
+        "0 " +
+        std::string(1 << 20, 'z') +
+        "\n"
+        "0 light \x1b]0;title\x07 on\n");
     ASSERT_EQ(result.errors.size(), 3u);
     EXPECT_EQ(result.errors[0], "s.scn:1: unknown command 'dance\\x1b[2J\\x07'");
     EXPECT_EQ(result.errors[1], "s.scn:2: unknown command '" + std::string(kShownChars, 'z') + "...'");

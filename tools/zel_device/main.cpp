@@ -11,6 +11,7 @@
 #include <iostream>
 
 #include "device_factory.h"
+#include "interrupt_cleanup.h"
 #include "zel_device_app.h"
 
 namespace {
@@ -63,6 +64,8 @@ void CatchCrashes()
 
 int main(int argc, char** argv)
 {
+    // First, while this is the only thread: every later thread inherits the blocked signals.
+    Tarvo::Emu::HandleInterrupts();
     CatchCrashes();
     Tarvo::Emu::ZelDeviceApp app(&Tarvo::Emu::MakeDevice, std::cout, std::cerr);
     const int status = app.Main(std::vector<std::string>(argv + 1, argv + argc));

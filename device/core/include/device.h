@@ -8,8 +8,11 @@
 // Contract: construct, apply set-up (config, params, settings), Boot, then drive it; the
 // caller owns time (the virtual clock) and waits for quiet between operations. Requests to the
 // service are made from a caller process with ZelManagerProxy (the thermal map by hand, to keep
-// the order and repeats of its pairs) and tagged with their scenario line for ipc.done.
+// the order and repeats of its pairs) and tagged with their scenario line for ipc.done; a request
+// that never reaches the service's stub is traced as ipc.unsent. The run's data directory is
+// written as $DATA in the trace.
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -25,6 +28,7 @@
 namespace Tarvo::Emu {
 
 class DeviceServices;
+class DeviceTap;
 
 struct DeviceSetup {
     std::string dataDir;         // empty: a new temporary directory
@@ -39,6 +43,8 @@ class Device : public DeviceContext, public DeviceControl {
 public:
     static constexpr int32_t ZEL_MANAGER_SERVICE_ID = 65958;
     static constexpr const char* CONFIG_RELATIVE_PATH = "etc/zel_manager/zel_manager_config.xml";
+    // What the trace writes for the run's data directory.
+    static constexpr const char* DATA_PLACEHOLDER = "$DATA";
 
     explicit Device(DeviceSetup setup);
     ~Device() override;
@@ -67,19 +73,20 @@ public:
     bool RestartAppManager(std::string* error) override;
     bool KillApp(const std::string& bundle, std::string* error) override;
     bool SetIpcFail(const std::string& bundle, bool fail, std::string* error) override;
-    bool SendScene(int line, const CallerSpec& caller, const std::string& pkg, const std::string& scene,
-                   uint32_t state, std::string* error) override;
+    bool SendScene(int line, const CallerSpec& caller, const std::string& pkg, const std::string& scene, uint32_t state,
+                   std::string* error) override;
     bool SendResolution(int line, const CallerSpec& caller, int32_t mode, int32_t flag, std::string* error) override;
     bool SendThermal(int line, const CallerSpec& caller, const std::vector<std::pair<uint32_t, uint32_t>>& map,
                      std::string* error) override;
     bool SendGameFps(int line, const CallerSpec& caller, const std::string& pkg, uint32_t fps,
                      std::string* error) override;
     bool Register(int line, const std::string& bundle, const std::string& callbackName, std::string* error) override;
+    bool SendRaw(int line, const RawRequest& request, std::string* error) override;
     bool AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid, std::optional<bool> focus,
                   std::string* error) override;
     bool PowerMode(int32_t code, std::string* error) override;
-    bool PublishEvent(const std::string& action, const std::optional<std::string>& bundle,
-                      std::optional<int32_t> code, std::string* error) override;
+    bool PublishEvent(const std::string& action, const std::optional<std::string>& bundle, std::optional<int32_t> code,
+                      std::string* error) override;
     bool Light(uint32_t type, bool state, std::string* error) override;
     std::string Failure() const override;
 
@@ -87,12 +94,31 @@ public:
     int32_t ServicePid() const;
 
 private:
-    class LogTracer;
+    // Where a request goes, as the sending process sees it.
+    struct Target {
+        sptr<IRemoteObject> object;  // null: none to be had
+        std::u16string descriptor;
+        int32_t appPid = 0;  // a callback's: the process it lives in
+        std::string bundle;
+    };
+    // `send` writes and sends the request to the object it gets (null when there is none) and
+    // returns what the sender got back (null for nothing).
+    using Sender = std::function<TraceValue(const sptr<IRemoteObject>& object)>;
+    // Sends the request of scenario line `line` from `process` to what `target` finds there, and
+    // traces ipc.unsent if it never reached the target's stub.
+    void Deliver(const std::shared_ptr<VirtualProcess>& process, int line, uint32_t code, bool oneWay,
+                 const std::function<Target()>& target, const Sender& send);
+    bool ToService(const CallerSpec& caller, int line, uint32_t code, bool oneWay, const Sender& send,
+                   std::string* error);
+    Target ServiceTarget();
+    // False, with the reason.
+    static bool Fail(std::string* error, const std::string& reason);
     std::shared_ptr<VirtualProcess> CallerProcess(const CallerSpec& caller, std::string* error);
     // The service as the caller sees it, or null (before boot, service manager down, hidden).
     sptr<IRemoteObject> ServiceObject();
     bool WriteConfig(const std::string& source, std::string* error);
-    void TraceTransactions();
+    // A fresh temporary one unless given; written as $DATA in the trace.
+    void PrepareDataDir();
 
     const DeviceSetup setup_;
     std::string dataDir_;
@@ -104,7 +130,11 @@ private:
     int32_t nextServicePid_ = 100;
     int32_t nextAppPid_ = 2000;
     std::map<std::string, std::shared_ptr<VirtualProcess>> appProcesses_;
-    std::map<std::string, sptr<GameCallback>> callbacks_;
+    struct Callback {
+        sptr<GameCallback> object;
+        int32_t pid = 0;  // of the process it lives in
+    };
+    std::map<std::string, Callback> callbacks_;  // by "BUNDLE/CBNAME"
 
     std::shared_ptr<VirtualProcess> samgrProcess_;
     sptr<DeviceServiceManager> samgr_;
@@ -114,7 +144,7 @@ private:
     std::shared_ptr<VirtualProcess> shellCaller_;
     std::shared_ptr<VirtualProcess> serviceProcess_;
     std::unique_ptr<ServiceHost> host_;
-    std::shared_ptr<LogTracer> logTracer_;
+    std::shared_ptr<DeviceTap> tap_;
     std::string failure_;
 };
 

@@ -24,6 +24,27 @@ struct CallerSpec {
     std::string bundle;  // for BUNDLE: that application's process
 };
 
+// One field of a raw request, written after the interface token in the parcel's own encodings.
+struct RawField {
+    enum class Kind { STRING, INT32, UINT32, BOOL, INT32_VECTOR, UINT32_VECTOR, BYTES };
+    Kind kind = Kind::UINT32;
+    std::string text;             // STRING: the text; BYTES: the bytes (padded as every field is)
+    std::vector<uint32_t> words;  // INT32, UINT32, BOOL: the one value; vectors: the elements
+};
+
+// A request with any code and any fields, to the service or to a game's callback object.
+struct RawRequest {
+    CallerSpec caller{CallerSpec::Kind::SYSTEM, {}};
+    uint32_t code = 0;
+    bool writeToken = true;
+    std::optional<std::u16string> token;  // unset: the target's own descriptor
+    std::vector<RawField> fields;
+    bool oneWay = false;
+    // A callback object made by Register(bundle, callback); an empty bundle: the service.
+    std::string bundle;
+    std::string callback;
+};
+
 class DeviceControl {
 public:
     virtual ~DeviceControl() = default;
@@ -37,7 +58,7 @@ public:
     virtual bool IsBooted() const = 0;
 
     // Device state and faults.
-    virtual bool InstallPackage(const Package& package, std::string* error) = 0;  // after boot: package-added
+    virtual bool InstallPackage(const Package& package, std::string* error) = 0;    // after boot: package-added
     virtual bool RemovePackage(const std::string& bundle, std::string* error) = 0;  // package-removed
     virtual bool IsInstalled(const std::string& bundle) const = 0;
     virtual void SetAbilityObtainable(int32_t id, bool obtainable) = 0;
@@ -48,18 +69,20 @@ public:
     virtual bool KillApp(const std::string& bundle, std::string* error) = 0;
     virtual bool SetIpcFail(const std::string& bundle, bool fail, std::string* error) = 0;
 
-    // Requests to the service; `line` tags the request for its ipc.done event.
+    // Requests to the service; `line` tags the request for its ipc.done event. A request that never
+    // reaches the service's stub (the service is not obtainable, the request cannot be written, the
+    // transport refuses it) is traced as ipc.unsent {line, code, result} instead.
     virtual bool SendScene(int line, const CallerSpec& caller, const std::string& pkg, const std::string& scene,
                            uint32_t state, std::string* error) = 0;
-    virtual bool SendResolution(int line, const CallerSpec& caller, int32_t mode, int32_t flag,
-                                std::string* error) = 0;
+    virtual bool SendResolution(int line, const CallerSpec& caller, int32_t mode, int32_t flag, std::string* error) = 0;
     // Pairs in order, repeats kept.
     virtual bool SendThermal(int line, const CallerSpec& caller, const std::vector<std::pair<uint32_t, uint32_t>>& map,
                              std::string* error) = 0;
     virtual bool SendGameFps(int line, const CallerSpec& caller, const std::string& pkg, uint32_t fps,
                              std::string* error) = 0;
-    virtual bool Register(int line, const std::string& bundle, const std::string& callbackName,
-                          std::string* error) = 0;
+    virtual bool Register(int line, const std::string& bundle, const std::string& callbackName, std::string* error) = 0;
+    // Sent as given; false (nothing sent) only when the caller or the callback does not exist.
+    virtual bool SendRaw(int line, const RawRequest& request, std::string* error) = 0;
 
     // Platform events.
     virtual bool AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid,

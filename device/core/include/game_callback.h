@@ -1,9 +1,10 @@
 #ifndef ZEL_DEVICE_GAME_CALLBACK_H
 #define ZEL_DEVICE_GAME_CALLBACK_H
 
+#include <memory>
 #include <string>
 
-#include "trace.h"
+#include "device_tap.h"
 #include "zel_callback_stub.h"
 
 namespace Tarvo::Emu {
@@ -12,12 +13,12 @@ namespace Tarvo::Emu {
 // receives is traced as game.fps {bundle, cb, fps}.
 class GameCallback : public Vantel::ZelCallbackStub {
 public:
-    GameCallback(Trace& trace, std::string bundle, std::string name);
+    GameCallback(std::shared_ptr<DeviceTap> tap, std::string bundle, std::string name);
 
     int32_t OnGameFpsChange(uint32_t targetFps) override;
 
 private:
-    Trace& trace_;
+    const std::shared_ptr<DeviceTap> tap_;
     const std::string bundle_;
     const std::string name_;
 };

@@ -16,9 +16,9 @@ namespace Tarvo::Emu {
 struct Package {
     std::string bundle;
     int32_t uid = 0;
-    bool game = false;                 // the app-category service classes it as a game
-    bool system = false;               // a system application
-    std::optional<int32_t> type;       // what the component scheduler reports; unset: -1
+    bool game = false;            // the app-category service classes it as a game
+    bool system = false;          // a system application
+    std::optional<int32_t> type;  // what the component scheduler reports; unset: -1
 };
 
 class PackageCatalog {
@@ -30,8 +30,8 @@ public:
     // With the desktop and the system UI installed, as on every device.
     PackageCatalog();
 
-    // A uid of 0 takes the next free one (counting up from FIRST_UID). False if the bundle is
-    // already installed or the uid is taken.
+    // A uid of 0 takes the next free one (counting up from FIRST_UID and past every uid given). False
+    // if the bundle is already installed, the uid is taken or the next one leaves the 32-bit range.
     bool Install(Package package, std::string* error);
     bool Remove(const std::string& bundle);
     std::optional<Package> FindByBundle(const std::string& bundle) const;
@@ -42,7 +42,7 @@ public:
 private:
     mutable std::mutex mutex_;
     std::map<std::string, Package> packages_;
-    int32_t nextUid_ = FIRST_UID;
+    int64_t nextUid_ = FIRST_UID;
 };
 
 }  // namespace Tarvo::Emu

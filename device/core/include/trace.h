@@ -6,9 +6,11 @@
 // renders as one JSON object (a line of the JSON Lines trace).
 //
 // Contract: Emit is thread-safe and never calls out; events are numbered in emission order and
-// never removed, so readers poll with EventsSince(index).
+// never removed or changed, so readers poll with EventsSince(index) or look at one with At(index).
+// Text hidden with Hide() is replaced in every string field of the events emitted after.
 
 #include <cstdint>
+#include <deque>
 #include <mutex>
 #include <string>
 #include <variant>
@@ -43,10 +45,19 @@ public:
     void Emit(std::string ev, std::vector<TraceField> fields);
     std::vector<TraceEvent> EventsSince(size_t index) const;
     size_t Size() const;
+    // The event numbered index (< Size()); the reference stays valid as long as the trace.
+    const TraceEvent& At(size_t index) const;
+    // Writes `text` as `placeholder` wherever it appears whole (not followed by more of a file
+    // name), so that a run's folder does not make its trace differ from another run's.
+    void Hide(std::string text, std::string placeholder);
 
 private:
+    void HideIn(std::string& text) const;
+
     mutable std::mutex mutex_;
-    std::vector<TraceEvent> events_;
+    std::deque<TraceEvent> events_;  // grows at the end only, so references stay valid
+    std::string hidden_;
+    std::string placeholder_;
 };
 
 }  // namespace Tarvo::Emu

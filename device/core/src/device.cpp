@@ -8,7 +8,10 @@
 #include "access_token_kit.h"
 #include "config_folders.h"
 #include "device_services.h"
+#include "device_tap.h"
 #include "hilog.h"
+#include "input_text.h"
+#include "interrupt_cleanup.h"
 #include "ipc_driver.h"
 #include "ipc_skeleton.h"
 #include "iservice_registry.h"
@@ -36,6 +39,21 @@ ProcessIdentity Identity(int32_t pid, int32_t uid, ATokenTypeEnum type, bool sys
     return {pid, uid, token, TokenIdKit::MakeFullTokenId(token, systemApp), name};
 }
 
+// As it appears in the paths the service logs, which resolve links: canonical, no trailing '/'.
+std::string AbsoluteDir(const std::string& dir)
+{
+    std::error_code failed;
+    fs::path resolved = fs::canonical(dir, failed);
+    if (failed) {
+        resolved = fs::absolute(dir, failed).lexically_normal();
+    }
+    std::string absolute = resolved.string();
+    while (absolute.size() > 1 && absolute.back() == '/') {
+        absolute.pop_back();
+    }
+    return absolute;
+}
+
 std::string MakeTempDir()
 {
     std::string pattern = (fs::temp_directory_path() / "zel_device.XXXXXX").string();
@@ -46,40 +64,20 @@ std::string MakeTempDir()
 }
 }  // namespace
 
-// Traces the service's own lines: its domain, from its process (libraries there log under theirs).
-class Device::LogTracer : public HiviewDFX::LogSink {
-public:
-    explicit LogTracer(Trace& trace) : trace_(trace) {}
-    void SetPid(int32_t pid) { pid_ = pid; }
-    void OnLog(const HiviewDFX::LogRecord& record) override
-    {
-        if (pid_ != 0 && record.pid == pid_ && record.domain == Vantel::ZEL_LOG_LABEL.domain) {
-            trace_.Emit("log", {{"level", std::string(1, HiviewDFX::LevelLetter(record.level))},
-                                {"msg", record.message}});
-        }
-    }
-
-private:
-    Trace& trace_;
-    std::atomic<int32_t> pid_{0};
-};
-
 Device::Device(DeviceSetup setup) : setup_(std::move(setup))
 {
-    dataDir_ = setup_.dataDir;
-    if (dataDir_.empty()) {
-        dataDir_ = MakeTempDir();
-        removeDataDir_ = !setup_.keepDataDir;
-    }
-    std::error_code ignored;
-    fs::create_directories(dataDir_, ignored);
+    PrepareDataDir();
     HiviewDFX::HiLogOutput::SetStderrEnabled(setup_.log);
     HiviewDFX::HiLogOutput::SetTimeSource([] { return PlatformClock::now().time_since_epoch().count(); });
-    logTracer_ = std::make_shared<LogTracer>(trace_);
-    HiviewDFX::HiLogOutput::AddSink(logTracer_);
-    TraceTransactions();
+    // The hooks hold the tap, not the device: a call still running in them when the device goes
+    // finds it detached.
+    tap_ = std::make_shared<DeviceTap>(trace_);
+    HiviewDFX::HiLogOutput::AddSink(tap_);
+    IPCDriver::GetInstance().SetTransactionObserver(
+        [tap = tap_](const TransactionRecord& record) { tap->OnTransaction(record); });
 
-    samgrProcess_ = VirtualProcess::Create(Identity(SAMGR_PID, 1000, Security::AccessToken::TOKEN_NATIVE, false, "samgr"));
+    samgrProcess_ =
+        VirtualProcess::Create(Identity(SAMGR_PID, 1000, Security::AccessToken::TOKEN_NATIVE, false, "samgr"));
     {
         ScopedProcess scope(samgrProcess_);
         samgr_ = new DeviceServiceManager();
@@ -102,33 +100,37 @@ Device::Device(DeviceSetup setup) : setup_(std::move(setup))
     }
 }
 
+void Device::PrepareDataDir()
+{
+    dataDir_ = setup_.dataDir;
+    if (dataDir_.empty()) {
+        dataDir_ = MakeTempDir();
+        if (dataDir_.empty()) {
+            failure_ = "no temporary data directory could be made";
+            return;
+        }
+        removeDataDir_ = !setup_.keepDataDir;
+    }
+    std::error_code ignored;
+    fs::create_directories(dataDir_, ignored);
+    dataDir_ = AbsoluteDir(dataDir_);
+    if (removeDataDir_) {
+        RemoveOnInterrupt(dataDir_);
+    }
+    trace_.Hide(dataDir_, DATA_PLACEHOLDER);
+}
+
 Device::~Device()
 {
     IPCDriver::GetInstance().SetTransactionObserver(nullptr);
-    HiviewDFX::HiLogOutput::RemoveSink(logTracer_);
+    HiviewDFX::HiLogOutput::RemoveSink(tap_);
+    // Waits for the calls still inside the hooks; none reaches the trace after.
+    tap_->Detach();
     if (removeDataDir_) {
         std::error_code ignored;
         fs::remove_all(dataDir_, ignored);
+        KeepOnInterrupt(dataDir_);
     }
-}
-
-void Device::TraceTransactions()
-{
-    IPCDriver::GetInstance().SetTransactionObserver([this](const TransactionRecord& record) {
-        if (record.tag == 0 || record.descriptor != Vantel::IZelManager::GetDescriptor()) {
-            return;
-        }
-        TraceValue reply = nullptr;
-        if (record.reply != nullptr && record.reply->GetDataSize() >= sizeof(uint32_t)) {
-            MessageParcel copy = *record.reply;
-            uint32_t raw = copy.ReadUint32();
-            reply = record.code == 1 ? static_cast<int64_t>(static_cast<int32_t>(raw)) : static_cast<int64_t>(raw);
-        }
-        trace_.Emit("ipc.done", {{"line", static_cast<int64_t>(record.tag)},
-                                 {"code", static_cast<int64_t>(record.code)},
-                                 {"status", static_cast<int64_t>(record.status)},
-                                 {"reply", reply}});
-    });
 }
 
 std::shared_ptr<VirtualProcess> Device::MakeServiceProcess(const std::string& name)
@@ -148,7 +150,8 @@ std::shared_ptr<VirtualProcess> Device::AppProcess(const std::string& bundle)
     auto& process = appProcesses_[bundle];
     if (process == nullptr || !process->IsAlive()) {
         int32_t pid = nextAppPid_++;
-        process = VirtualProcess::Create(Identity(pid, package->uid, Security::AccessToken::TOKEN_HAP, package->system, bundle));
+        process = VirtualProcess::Create(
+            Identity(pid, package->uid, Security::AccessToken::TOKEN_HAP, package->system, bundle));
     }
     return process;
 }
@@ -166,7 +169,7 @@ bool Device::WriteConfig(const std::string& source, std::string* error)
     fs::copy_file(source, target, fs::copy_options::overwrite_existing, code);
     if (code) {
         if (error != nullptr) {
-            *error = "cannot use configuration " + source + ": " + code.message();
+            *error = "cannot use configuration " + Shown(source) + ": " + code.message();
         }
         return false;
     }
@@ -186,7 +189,7 @@ bool Device::UseConfig(const std::optional<std::string>& path, std::string* erro
     }
     if (!fs::exists(source)) {
         if (error != nullptr) {
-            *error = "no such configuration file: " + source.string();
+            *error = "no such configuration file: " + Shown(source.string());
         }
         return false;
     }
@@ -203,7 +206,7 @@ bool Device::PresetSetting(const std::string& key, const std::string& value, std
 {
     if (!services_->settings->Preset(key, value)) {
         if (error != nullptr) {
-            *error = "cannot write setting " + key;
+            *error = "cannot write setting " + Shown(key);
         }
         return false;
     }
@@ -220,7 +223,7 @@ bool Device::Boot(std::string* error)
     }
     serviceProcess_ = VirtualProcess::Create(
         Identity(SERVICE_PID, 1000, Security::AccessToken::TOKEN_NATIVE, false, "zel_manager_service"));
-    logTracer_->SetPid(SERVICE_PID);
+    tap_->SetServicePid(SERVICE_PID);
     auto host = std::make_unique<ServiceHost>(serviceProcess_);
     std::string reason;
     if (!host->LoadLibrary(setup_.serviceLibrary, &reason)) {

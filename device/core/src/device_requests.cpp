@@ -1,24 +1,23 @@
-// The device's scenario operations: packages, faults, requests to the service, platform events.
+// The device's scenario operations: packages, faults, platform events.
 #include "common_event_support.h"
 #include "device.h"
 #include "device_services.h"
+#include "input_text.h"
 #include "ipc_driver.h"
 #include "ipc_skeleton.h"
-#include "iservice_registry.h"
-#include "zel_manager_proxy.h"
 
 namespace Tarvo::Emu {
 namespace {
 constexpr int32_t STATE_FOREGROUND = 2;
+}  // namespace
 
-bool Fail(std::string* error, const std::string& reason)
+bool Device::Fail(std::string* error, const std::string& reason)
 {
     if (error != nullptr) {
         *error = reason;
     }
     return false;
 }
-}  // namespace
 
 bool Device::InstallPackage(const Package& package, std::string* error)
 {
@@ -35,10 +34,9 @@ bool Device::InstallPackage(const Package& package, std::string* error)
 bool Device::RemovePackage(const std::string& bundle, std::string* error)
 {
     if (!catalog_.Remove(bundle)) {
-        return Fail(error, "package " + bundle + " is not installed");
+        return Fail(error, "package " + Shown(bundle) + " is not installed");
     }
-    services_->commonEvents->Publish(EventFwk::CommonEventSupport::COMMON_EVENT_PACKAGE_REMOVED, bundle,
-                                     std::nullopt);
+    services_->commonEvents->Publish(EventFwk::CommonEventSupport::COMMON_EVENT_PACKAGE_REMOVED, bundle, std::nullopt);
     return true;
 }
 
@@ -85,7 +83,7 @@ bool Device::KillApp(const std::string& bundle, std::string* error)
         }
     }
     if (process == nullptr) {
-        return IsInstalled(bundle) ? true : Fail(error, "package " + bundle + " is not installed");
+        return IsInstalled(bundle) ? true : Fail(error, "package " + Shown(bundle) + " is not installed");
     }
     process->Kill();  // death notices go out to whoever holds its objects
     return true;
@@ -95,7 +93,7 @@ bool Device::SetIpcFail(const std::string& bundle, bool fail, std::string* error
 {
     std::shared_ptr<VirtualProcess> process = AppProcess(bundle);
     if (process == nullptr) {
-        return Fail(error, "package " + bundle + " is not installed");
+        return Fail(error, "package " + Shown(bundle) + " is not installed");
     }
     IPCDriver::GetInstance().SetTransportFault(process->Pid(), fail);
     return true;
@@ -115,106 +113,13 @@ std::shared_ptr<VirtualProcess> Device::CallerProcess(const CallerSpec& caller, 
     }
     std::shared_ptr<VirtualProcess> process = AppProcess(caller.bundle);
     if (process == nullptr) {
-        Fail(error, "package " + caller.bundle + " is not installed");
+        Fail(error, "package " + Shown(caller.bundle) + " is not installed");
     }
     return process;
 }
 
-// Looked up anew each time, from the calling thread's process, as a client would.
-sptr<IRemoteObject> Device::ServiceObject()
-{
-    sptr<ISystemAbilityManager> manager = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
-    return manager != nullptr ? manager->GetSystemAbility(ZEL_MANAGER_SERVICE_ID) : nullptr;
-}
-
-bool Device::SendScene(int line, const CallerSpec& caller, const std::string& pkg, const std::string& scene,
-                       uint32_t state, std::string* error)
-{
-    auto process = CallerProcess(caller, error);
-    if (process == nullptr) {
-        return false;
-    }
-    ScopedProcess scope(process);
-    IPCDriver::ScopedTag tag(static_cast<uint64_t>(line));
-    Vantel::ZelManagerProxy(ServiceObject()).SetScene(pkg, scene, state);
-    return true;
-}
-
-bool Device::SendResolution(int line, const CallerSpec& caller, int32_t mode, int32_t flag, std::string* error)
-{
-    auto process = CallerProcess(caller, error);
-    if (process == nullptr) {
-        return false;
-    }
-    ScopedProcess scope(process);
-    IPCDriver::ScopedTag tag(static_cast<uint64_t>(line));
-    Vantel::ZelManagerProxy(ServiceObject()).ChangeResolutionMode(mode, flag);
-    return true;
-}
-
-// Built by hand: the proxy takes a map, which would sort the pairs and merge repeated keys.
-bool Device::SendThermal(int line, const CallerSpec& caller, const std::vector<std::pair<uint32_t, uint32_t>>& map,
-                         std::string* error)
-{
-    auto process = CallerProcess(caller, error);
-    if (process == nullptr) {
-        return false;
-    }
-    ScopedProcess scope(process);
-    IPCDriver::ScopedTag tag(static_cast<uint64_t>(line));
-    sptr<IRemoteObject> service = ServiceObject();
-    if (service == nullptr) {
-        return true;  // nobody to ask: as a client whose service is not ready
-    }
-    std::vector<uint32_t> keys;
-    std::vector<uint32_t> values;
-    for (const auto& [key, value] : map) {
-        keys.push_back(key);
-        values.push_back(value);
-    }
-    MessageParcel data;
-    MessageParcel reply;
-    MessageOption option(MessageOption::TF_SYNC);
-    data.WriteInterfaceToken(Vantel::IZelManager::GetDescriptor());
-    data.WriteUInt32Vector(keys);
-    data.WriteUInt32Vector(values);
-    service->SendRequest(static_cast<uint32_t>(Vantel::ZelManagerInterfaceCode::SET_THERMAL_POLICY), data, reply,
-                         option);
-    return true;
-}
-
-bool Device::SendGameFps(int line, const CallerSpec& caller, const std::string& pkg, uint32_t fps,
-                         std::string* error)
-{
-    auto process = CallerProcess(caller, error);
-    if (process == nullptr) {
-        return false;
-    }
-    ScopedProcess scope(process);
-    IPCDriver::ScopedTag tag(static_cast<uint64_t>(line));
-    Vantel::ZelManagerProxy(ServiceObject()).SetGameFpsForThermalControl(pkg, fps);
-    return true;
-}
-
-bool Device::Register(int line, const std::string& bundle, const std::string& callbackName, std::string* error)
-{
-    auto process = AppProcess(bundle);
-    if (process == nullptr) {
-        return Fail(error, "package " + bundle + " is not installed");
-    }
-    ScopedProcess scope(process);
-    sptr<Vantel::IZelCallbackInterface> callback = new GameCallback(trace_, bundle, callbackName);
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        callbacks_[bundle + "/" + callbackName] = static_cast<GameCallback*>(callback.GetRefPtr());
-    }
-    IPCDriver::ScopedTag tag(static_cast<uint64_t>(line));
-    Vantel::ZelManagerProxy(ServiceObject()).RegisterGameFpsListener(callback);
-    return true;
-}
-
-bool Device::AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid,
-                      std::optional<bool> focus, std::string*)
+bool Device::AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid, std::optional<bool> focus,
+                      std::string*)
 {
     int32_t processId = 0;
     if (pid) {
@@ -228,8 +133,8 @@ bool Device::AppState(const std::string& bundle, int32_t state, std::optional<in
 
 bool Device::PowerMode(int32_t code, std::string*)
 {
-    services_->commonEvents->Publish(EventFwk::CommonEventSupport::COMMON_EVENT_POWER_SAVE_MODE_CHANGED,
-                                     std::nullopt, code);
+    services_->commonEvents->Publish(EventFwk::CommonEventSupport::COMMON_EVENT_POWER_SAVE_MODE_CHANGED, std::nullopt,
+                                     code);
     return true;
 }
 

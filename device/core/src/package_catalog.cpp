@@ -1,5 +1,10 @@
 #include "package_catalog.h"
 
+#include <algorithm>
+#include <limits>
+
+#include "input_text.h"
+
 namespace Tarvo::Emu {
 
 PackageCatalog::PackageCatalog()
@@ -8,29 +13,34 @@ PackageCatalog::PackageCatalog()
     Install({SYSTEM_UI, 0, false, true, std::nullopt}, nullptr);
 }
 
+namespace {
+bool Refuse(std::string* error, std::string reason)
+{
+    if (error != nullptr) {
+        *error = std::move(reason);
+    }
+    return false;
+}
+}  // namespace
+
 bool PackageCatalog::Install(Package package, std::string* error)
 {
     std::lock_guard<std::mutex> lock(mutex_);
     if (packages_.count(package.bundle) != 0) {
-        if (error != nullptr) {
-            *error = "package " + package.bundle + " is already installed";
-        }
-        return false;
+        return Refuse(error, "package " + Shown(package.bundle) + " is already installed");
     }
     if (package.uid == 0) {
-        package.uid = nextUid_;
+        if (nextUid_ > std::numeric_limits<int32_t>::max()) {
+            return Refuse(error, "the next uid, " + std::to_string(nextUid_) + ", is beyond the 32-bit range");
+        }
+        package.uid = static_cast<int32_t>(nextUid_);
     }
     for (const auto& [bundle, installed] : packages_) {
         if (installed.uid == package.uid) {
-            if (error != nullptr) {
-                *error = "uid " + std::to_string(package.uid) + " is taken by " + bundle;
-            }
-            return false;
+            return Refuse(error, "uid " + std::to_string(package.uid) + " is taken by " + Shown(bundle));
         }
     }
-    if (package.uid >= nextUid_) {
-        nextUid_ = package.uid + 1;
-    }
+    nextUid_ = std::max<int64_t>(nextUid_, int64_t{package.uid} + 1);
     packages_.emplace(package.bundle, std::move(package));
     return true;
 }

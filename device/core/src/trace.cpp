@@ -93,7 +93,49 @@ void Trace::Emit(std::string ev, std::vector<TraceField> fields)
 {
     int64_t now = PlatformClock::now().time_since_epoch().count();
     std::lock_guard<std::mutex> lock(mutex_);
+    for (auto& field : fields) {
+        if (auto* text = std::get_if<std::string>(&field.value)) {
+            HideIn(*text);
+        } else if (auto* items = std::get_if<std::vector<std::string>>(&field.value)) {
+            for (auto& item : *items) {
+                HideIn(item);
+            }
+        }
+    }
     events_.push_back(TraceEvent{now, std::move(ev), std::move(fields)});
+}
+
+void Trace::Hide(std::string text, std::string placeholder)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    hidden_ = std::move(text);
+    placeholder_ = std::move(placeholder);
+}
+
+void Trace::HideIn(std::string& text) const
+{
+    if (hidden_.empty()) {
+        return;
+    }
+    const auto continuesName = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' || c == '_' ||
+               c == '-';
+    };
+    for (size_t at = text.find(hidden_); at != std::string::npos; at = text.find(hidden_, at)) {
+        const size_t after = at + hidden_.size();
+        if (after < text.size() && continuesName(text[after])) {
+            at += 1;
+            continue;
+        }
+        text.replace(at, hidden_.size(), placeholder_);
+        at += placeholder_.size();
+    }
+}
+
+const TraceEvent& Trace::At(size_t index) const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return events_.at(index);
 }
 
 std::vector<TraceEvent> Trace::EventsSince(size_t index) const

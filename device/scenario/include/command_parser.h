@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,8 @@ private:
     bool ParseResolution(const CommandArgs& args, ScenarioCommand* command, std::string* error) const;
     bool ParseThermal(const CommandArgs& args, ScenarioCommand* command, std::string* error) const;
     bool ParseGameFps(const CommandArgs& args, ScenarioCommand* command, std::string* error) const;
+    bool ParseRaw(const CommandArgs& args, ScenarioCommand* command, std::string* error) const;
+    bool ParseRawTarget(const CommandArgs& args, RawRequest* request, std::string* error) const;
     bool ParseAppState(const CommandArgs& args, std::optional<int32_t> state, ScenarioCommand* command,
                        std::string* error) const;
     bool ParseEvent(const CommandArgs& args, ScenarioCommand* command, std::string* error) const;
@@ -53,7 +56,8 @@ private:
 
     std::string baseDir_;
     std::map<std::string, Handler> handlers_;
-    std::map<std::string, int64_t> installed_;  // bundle -> uid, as the catalogue will number it
+    std::map<std::string, int64_t> installed_;                 // bundle -> uid, as the catalogue will number it
+    std::set<std::pair<std::string, std::string>> callbacks_;  // made by register lines: bundle, name
     int64_t nextUid_ = PackageCatalog::FIRST_UID;
     bool booted_ = false;
     bool configSeen_ = false;

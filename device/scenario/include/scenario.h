@@ -25,6 +25,8 @@ struct Scenario {
     int64_t endTime = 0;
 
     static constexpr int64_t kDefaultTail = 10000;
+    // The longest run: one day of virtual time. Every time, and the end, lies within it.
+    static constexpr int64_t kMaxTime = 86'400'000;
 };
 
 }  // namespace Tarvo::Emu

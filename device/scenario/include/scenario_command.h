@@ -75,6 +75,9 @@ struct Register {
     std::string bundle;
     std::string callbackName;
 };
+struct Raw {
+    RawRequest request;
+};
 struct AppState {
     std::string bundle;
     int32_t state = 0;
@@ -106,7 +109,7 @@ namespace Tarvo::Emu {
 
 using ScenarioCommand = std::variant<Cmd::Config, Cmd::Param, Cmd::PresetSetting, Cmd::Boot, Cmd::Install, Cmd::Remove,
                                      Cmd::Ability, Cmd::Toggle, Cmd::RestartAppManager, Cmd::Kill, Cmd::IpcFail,
-                                     Cmd::Scene, Cmd::Resolution, Cmd::Thermal, Cmd::GameFps, Cmd::Register,
+                                     Cmd::Scene, Cmd::Resolution, Cmd::Thermal, Cmd::GameFps, Cmd::Register, Cmd::Raw,
                                      Cmd::AppState, Cmd::PowerMode, Cmd::Event, Cmd::Light, Cmd::Expect, Cmd::End>;
 
 }  // namespace Tarvo::Emu

@@ -51,6 +51,8 @@ public:
 
     // How many events of a failed check's report are shown.
     static constexpr size_t kShownEvents = 20;
+    // How much of a failed line a report quotes.
+    static constexpr size_t kShownLineChars = 160;
 
 private:
     bool RunLine(const ScenarioLine& line, std::string* error);

@@ -14,6 +14,8 @@
 #include <string_view>
 #include <vector>
 
+#include "input_text.h"
+
 namespace Tarvo::Emu {
 
 struct ScenarioWord {
@@ -24,8 +26,6 @@ struct ScenarioWord {
 
 // False (with a message) on an unterminated quote; words then holds nothing useful.
 bool SplitScenarioWords(std::string_view line, std::vector<ScenarioWord>* words, std::string* error);
-
-bool IsValidUtf8(std::string_view text);
 
 }  // namespace Tarvo::Emu
 

@@ -1,7 +1,7 @@
 #ifndef ZEL_DEVICE_TIMELINE_WRITER_H
 #define ZEL_DEVICE_TIMELINE_WRITER_H
 
-// The short human timeline: one line per traced event except `log` lines, as
+// The short human timeline: one line per traced event except log lines (`log`, `app.log`), as
 //   "   2.000  mox.refresh  name=VOTER_SCENE status=true min=0 max=0 desc=BACK_APP_ANIMATION"
 // (seconds with 3 decimals right-aligned in 8 columns, the kind, then FIELD=VALUE as expect lines
 // compare them; a value that is empty or holds blanks is shown in double quotes).

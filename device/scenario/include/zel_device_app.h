@@ -4,7 +4,8 @@
 // What zel_device does, apart from the process around it: reads the command line and the
 // scenario, makes the device, plays, writes the outputs, and turns the result into the exit status
 // (0 played and every expect held; 1 the device or the service failed; 2 usage or scenario
-// errors, nothing played; 3 an expect failed).
+// errors, nothing played; 3 an expect failed). An interrupted run ends with 128 + the signal's number
+// (see interrupt_cleanup.h).
 //
 // Contract:
 //  - Scenario errors are printed on err, every one, as FILE:LINE: message.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "decimal.h"
+#include "input_text.h"
 
 namespace Tarvo::Emu {
 
@@ -46,13 +47,13 @@ bool CommandArgs::OnlyOptions(std::initializer_list<std::string_view> allowed, s
             for (const auto& name : allowed) {
                 known += (known.empty() ? "" : ", ") + std::string(name) + "=";
             }
-            return Fail(
-                "unknown option '" + key + "'" + (known.empty() ? " (it takes none)" : " (known: " + known + ")"),
-                error);
+            return Fail("unknown option '" + Shown(key) + "'" +
+                            (known.empty() ? " (it takes none)" : " (known: " + known + ")"),
+                        error);
         }
         for (size_t k = 0; k < i && !repeats; ++k) {
             if (options_[k].first == key) {
-                return Fail("option '" + key + "' given twice", error);
+                return Fail("option '" + Shown(key) + "' given twice", error);
             }
         }
     }
@@ -73,7 +74,7 @@ bool CommandArgs::Wire32(const std::string& text, std::string_view what, uint32_
 {
     int64_t parsed = 0;
     if (!ParseDecimal(text, &parsed)) {
-        return Fail(std::string(what) + " '" + text + "' is not a decimal integer within 64 bits", error);
+        return Fail(std::string(what) + " '" + Shown(text) + "' is not a decimal integer within 64 bits", error);
     }
     *value = LowBits(parsed);
     return true;
@@ -84,7 +85,7 @@ bool CommandArgs::Ranged(const std::string& text, std::string_view what, int64_t
 {
     int64_t parsed = 0;
     if (!ParseDecimal(text, &parsed) || parsed < min || parsed > max) {
-        return Fail(std::string(what) + " '" + text + "' is not a decimal integer from " + std::to_string(min) +
+        return Fail(std::string(what) + " '" + Shown(text) + "' is not a decimal integer from " + std::to_string(min) +
                         " to " + std::to_string(max),
                     error);
     }
@@ -102,7 +103,7 @@ bool CommandArgs::Flag(const std::string& text, std::string_view what, bool* val
         *value = false;
         return true;
     }
-    return Fail(std::string(what) + " '" + text + "' is not one of 0|1, on|off, true|false", error);
+    return Fail(std::string(what) + " '" + Shown(text) + "' is not one of 0|1, on|off, true|false", error);
 }
 
 }  // namespace Tarvo::Emu

@@ -1,5 +1,7 @@
 #include "command_line.h"
 
+#include "input_text.h"
+
 namespace Tarvo::Emu {
 namespace {
 bool Fail(const std::string& message, std::string* error)
@@ -28,7 +30,7 @@ bool RunOption(const std::vector<std::string>& args, size_t* i, CommandLine* lin
                  : name == "--log"    ? &line->log
                                       : nullptr;
     if (flag == nullptr) {
-        return Fail("unknown option " + name, error);
+        return Fail("unknown option " + Shown(name), error);
     }
     *flag = true;
     return true;
@@ -44,10 +46,10 @@ bool CommandLine::Parse(const std::vector<std::string>& args, CommandLine* line,
     const std::string& command = args[0];
     if (command == "--help" || command == "-h" || command == "--version") {
         line->mode = command == "--version" ? Mode::VERSION : Mode::HELP;
-        return args.size() == 1 || Fail("nothing may follow " + command, error);
+        return args.size() == 1 || Fail("nothing may follow " + Shown(command), error);
     }
     if (command != "run" && command != "check") {
-        return Fail("unknown command " + command, error);
+        return Fail("unknown command " + Shown(command), error);
     }
     line->mode = command == "run" ? Mode::RUN : Mode::CHECK;
     bool named = false;
@@ -61,13 +63,13 @@ bool CommandLine::Parse(const std::vector<std::string>& args, CommandLine* line,
                 return false;
             }
         } else if (named) {
-            return Fail("one scenario at a time (" + line->scenario + ", " + arg + ")", error);
+            return Fail("one scenario at a time (" + Shown(line->scenario) + ", " + Shown(arg) + ")", error);
         } else {
             line->scenario = arg;
             named = true;
         }
     }
-    return named || Fail(command + " needs a SCENARIO", error);
+    return named || Fail(Shown(command) + " needs a SCENARIO", error);
 }
 
 const char* CommandLine::Usage()
@@ -88,7 +90,8 @@ const char* CommandLine::Usage()
            "check only parses SCENARIO and reports every error.\n"
            "\n"
            "exit status: 0 played and every expect held; 1 the device or the service failed; 2 usage or scenario\n"
-           "errors (nothing played); 3 an expect failed.\n";
+           "errors (nothing played); 3 an expect failed; 130, 143 interrupted by SIGINT, SIGTERM (the temporary\n"
+           "data directory is removed all the same).\n";
 }
 
 }  // namespace Tarvo::Emu

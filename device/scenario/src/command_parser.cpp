@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <limits>
 
+#include "input_text.h"
+#include "raw_fields.h"
 #include "trace_kinds.h"
 
 namespace Tarvo::Emu {
@@ -45,7 +47,7 @@ bool CommandParser::Parse(const std::vector<ScenarioWord>& words, ScenarioComman
     const std::string& name = words.front().text;
     auto handler = handlers_.find(name);
     if (handler == handlers_.end()) {
-        *error = "unknown command '" + name + "'";
+        *error = "unknown command '" + Shown(name) + "'";
         return false;
     }
     CommandArgs args(name, std::vector<ScenarioWord>(words.begin() + 1, words.end()));
@@ -73,7 +75,7 @@ bool CommandParser::RequestAllowed(const CommandArgs& args, std::string* error) 
 bool CommandParser::Installed(const CommandArgs& args, const std::string& bundle, std::string* error) const
 {
     if (installed_.count(bundle) == 0) {
-        *error = args.Command() + ": '" + bundle + "' is not installed at this point";
+        *error = args.Command() + ": '" + Shown(bundle) + "' is not installed at this point";
         return false;
     }
     return true;
@@ -95,7 +97,7 @@ bool CommandParser::Caller(const CommandArgs& args, CallerSpec::Kind byDefault, 
         caller->kind = CallerSpec::Kind::BUNDLE;
         caller->bundle = *as;
     } else {
-        *error = args.Command() + ": as='" + *as + "' is neither system, native, shell nor an installed bundle";
+        *error = args.Command() + ": as='" + Shown(*as) + "' is neither system, native, shell nor an installed bundle";
         return false;
     }
     return true;
@@ -142,7 +144,7 @@ bool CommandParser::ParseConfig(const CommandArgs& args, ScenarioCommand* comman
         }
         std::error_code ec;
         if (!std::filesystem::is_regular_file(path, ec)) {
-            *error = "config: no file '" + path.string() + "'";
+            *error = "config: no file '" + Shown(path.string()) + "'";
             return false;
         }
         config.path = path.string();
@@ -207,7 +209,7 @@ bool CommandParser::ParseInstall(const CommandArgs& args, ScenarioCommand* comma
         const std::string& flag = args.Positional()[i];
         bool* target = flag == "game" ? &package.game : (flag == "system" ? &package.system : nullptr);
         if (target == nullptr || *target) {
-            *error = "pkg.install: '" + flag + "' is not game or system, or is given twice";
+            *error = "pkg.install: '" + Shown(flag) + "' is not game or system, or is given twice";
             return false;
         }
         *target = true;
@@ -224,13 +226,17 @@ bool CommandParser::ParseInstall(const CommandArgs& args, ScenarioCommand* comma
         package.type = static_cast<int32_t>(type);
     }
     if (package.bundle.empty() || installed_.count(package.bundle) != 0) {
-        *error = "pkg.install: '" + package.bundle + "' is empty or already installed";
+        *error = "pkg.install: '" + Shown(package.bundle) + "' is empty or already installed";
         return false;
     }
     const int64_t numbered = uid == 0 ? nextUid_ : uid;
+    if (numbered > I32_MAX) {
+        *error = "pkg.install: the next uid, " + std::to_string(numbered) + ", is beyond the 32-bit range; give uid=N";
+        return false;
+    }
     for (const auto& [bundle, taken] : installed_) {
         if (taken == numbered) {
-            *error = "pkg.install: uid " + std::to_string(numbered) + " is taken by " + bundle;
+            *error = "pkg.install: uid " + std::to_string(numbered) + " is taken by " + Shown(bundle);
             return false;
         }
     }
@@ -255,9 +261,14 @@ void CommandParser::AddRequests()
         return ParseGameFps(a, c, e);
     };
     handlers_["register"] = [this](const CommandArgs& a, ScenarioCommand* c, std::string* e) {
-        return RequestAllowed(a, e) && a.Count(2, 2, "register BUNDLE CBNAME", e) && a.OnlyOptions({}, e) &&
-               Installed(a, a.Positional()[0], e) && Produce(c, Cmd::Register{a.Positional()[0], a.Positional()[1]});
+        if (!RequestAllowed(a, e) || !a.Count(2, 2, "register BUNDLE CBNAME", e) || !a.OnlyOptions({}, e) ||
+            !Installed(a, a.Positional()[0], e)) {
+            return false;
+        }
+        callbacks_.emplace(a.Positional()[0], a.Positional()[1]);
+        return Produce(c, Cmd::Register{a.Positional()[0], a.Positional()[1]});
     };
+    handlers_["raw"] = [this](const CommandArgs& a, ScenarioCommand* c, std::string* e) { return ParseRaw(a, c, e); };
 }
 
 bool CommandParser::ParseScene(const CommandArgs& args, ScenarioCommand* command, std::string* error) const
@@ -325,6 +336,56 @@ bool CommandParser::ParseGameFps(const CommandArgs& args, ScenarioCommand* comma
     }
     gameFps.pkg = args.Positional()[0];
     return Produce(command, std::move(gameFps));
+}
+
+bool CommandParser::ParseRaw(const CommandArgs& args, ScenarioCommand* command, std::string* error) const
+{
+    Cmd::Raw raw;
+    RawRequest& request = raw.request;
+    if (!RequestAllowed(args, error) ||
+        !args.Count(1, 1 + kMaxRawFields,
+                    "raw CODE [FIELD...] [oneway] [token=DESC|none] [to=BUNDLE:CBNAME] [as=CALLER]", error) ||
+        !args.OnlyOptions({"token", "to", "as"}, error) ||
+        !args.Wire32(args.Positional()[0], "CODE", &request.code, error) ||
+        !Caller(args, CallerSpec::Kind::SYSTEM, &request.caller, error) || !ParseRawTarget(args, &request, error)) {
+        return false;
+    }
+    if (const auto token = args.Find("token"); token) {
+        request.writeToken = *token != "none";
+        request.token = Utf8ToUtf16(*token);
+    }
+    for (size_t i = 1; i < args.Positional().size(); ++i) {
+        const std::string& word = args.Positional()[i];
+        if (word == "oneway") {
+            request.oneWay = true;
+            continue;
+        }
+        if (!ParseRawField(args, word, &request.fields.emplace_back(), error)) {
+            return false;
+        }
+    }
+    return Produce(command, std::move(raw));
+}
+
+// to=BUNDLE:CBNAME names a callback object a register line made, reached from another process.
+bool CommandParser::ParseRawTarget(const CommandArgs& args, RawRequest* request, std::string* error) const
+{
+    const auto to = args.Find("to");
+    if (!to) {
+        return true;
+    }
+    const size_t colon = to->find(':');
+    request->bundle = to->substr(0, colon);
+    request->callback = colon == std::string::npos ? std::string() : to->substr(colon + 1);
+    if (callbacks_.count({request->bundle, request->callback}) == 0) {
+        *error = "raw: to='" + Shown(*to) + "' names no callback a register line made (to=BUNDLE:CBNAME)";
+        return false;
+    }
+    if (request->caller.kind == CallerSpec::Kind::BUNDLE && request->caller.bundle == request->bundle) {
+        *error = "raw: the callback lives in the caller's own process; send it from another (as=...)";
+        return false;
+    }
+    return true;
 }
 
 void CommandParser::AddEvents()
@@ -429,7 +490,7 @@ bool CommandParser::ParseExpect(const CommandArgs& args, bool none, ScenarioComm
     const std::string& ev = args.Positional()[0];
     const auto* fields = TraceKindFields(ev);
     if (fields == nullptr) {
-        *error = args.Command() + ": no trace event is called '" + ev + "'";
+        *error = args.Command() + ": no trace event is called '" + Shown(ev) + "'";
         return false;
     }
     for (const auto& [field, value] : args.Options()) {
@@ -438,7 +499,7 @@ bool CommandParser::ParseExpect(const CommandArgs& args, bool none, ScenarioComm
             for (const auto& name : *fields) {
                 known += (known.empty() ? "" : ", ") + name;
             }
-            *error = args.Command() + ": " + ev + " has no field '" + field + "' (fields: " + known + ")";
+            *error = args.Command() + ": " + ev + " has no field '" + Shown(field) + "' (fields: " + known + ")";
             return false;
         }
     }

@@ -25,24 +25,67 @@ bool ExpectChecker::Matches(const TraceEvent& event, const std::string& ev,
     });
 }
 
+void ExpectChecker::Index(const Trace& trace)
+{
+    for (const size_t size = trace.Size(); indexed_ < size; ++indexed_) {
+        byKind_[trace.At(indexed_).ev].push_back(indexed_);
+        ++eventsRead_;
+    }
+}
+
 ExpectChecker::Result ExpectChecker::Check(const Cmd::Expect& expect, const Trace& trace)
 {
-    const std::vector<TraceEvent> window = trace.EventsSince(windowStart_);
+    Index(trace);
+    static const std::vector<size_t> none;
+    const auto kind = byKind_.find(expect.ev);
+    const std::vector<size_t>& positions = kind == byKind_.end() ? none : kind->second;
+    return expect.none ? CheckNone(expect, trace, positions) : CheckExpect(expect, trace, positions);
+}
+
+ExpectChecker::Result ExpectChecker::CheckExpect(const Cmd::Expect& expect, const Trace& trace,
+                                                 const std::vector<size_t>& positions)
+{
     Result result;
-    for (size_t i = 0; i < window.size(); ++i) {
-        const TraceEvent& event = window[i];
-        const bool matches = Matches(event, expect.ev, expect.fields);
-        if (!expect.none && matches) {
-            windowStart_ += i + 1;
+    for (auto it = std::lower_bound(positions.begin(), positions.end(), windowStart_); it != positions.end(); ++it) {
+        const TraceEvent& event = trace.At(*it);
+        ++eventsRead_;
+        if (Matches(event, expect.ev, expect.fields)) {
+            windowStart_ = *it + 1;
+            none_.clear();
             result.ok = true;
             result.seen.clear();
             return result;
         }
-        if (expect.none ? matches : event.ev == expect.ev) {
-            result.seen.push_back(event);
+        result.seen.push_back(&event);
+    }
+    return result;
+}
+
+ExpectChecker::Result ExpectChecker::CheckNone(const Cmd::Expect& expect, const Trace& trace,
+                                               const std::vector<size_t>& positions)
+{
+    // Lengths keep keys apart whatever the values hold.
+    std::string key = expect.ev;
+    for (const auto& [field, value] : expect.fields) {
+        key += ' ' + field + '=' + std::to_string(value.size()) + ':' + value;
+    }
+    auto [progress, fresh] = none_.try_emplace(std::move(key));
+    NoneProgress& read = progress->second;
+    if (fresh) {
+        read.next =
+            static_cast<size_t>(std::lower_bound(positions.begin(), positions.end(), windowStart_) - positions.begin());
+    }
+    for (; read.next < positions.size(); ++read.next) {
+        ++eventsRead_;
+        if (Matches(trace.At(positions[read.next]), expect.ev, expect.fields)) {
+            read.matches.push_back(positions[read.next]);
         }
     }
-    result.ok = expect.none && result.seen.empty();
+    Result result;
+    result.ok = read.matches.empty();
+    for (const size_t position : read.matches) {
+        result.seen.push_back(&trace.At(position));
+    }
     return result;
 }
 

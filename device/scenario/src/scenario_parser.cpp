@@ -10,23 +10,21 @@
 
 namespace Tarvo::Emu {
 namespace {
-// About 31 years of virtual time: far beyond any scenario, far from overflowing a clock.
-constexpr int64_t kMaxTime = 1'000'000'000'000;
-
 // "2500" (absolute) or "+200" (after the previous line); never before the previous line.
 bool ParseTime(const ScenarioWord& word, int64_t previous, int64_t* time, std::string* error)
 {
     const bool relative = !word.text.empty() && word.text[0] == '+';
     const std::string digits = relative ? word.text.substr(1) : word.text;
     int64_t value = 0;
-    if (word.equals || !ParseDecimal(digits, &value) || value < 0 || value > kMaxTime) {
-        *error = "'" + word.text + "' is not a time: a line starts with ms since power-on (2500) or since the " +
+    if (word.equals || !ParseDecimal(digits, &value) || value < 0) {
+        *error = "'" + Shown(word.text) + "' is not a time: a line starts with ms since power-on (2500) or since the " +
                  "previous line (+200)";
         return false;
     }
-    const int64_t at = relative ? previous + value : value;
-    if (at > kMaxTime) {
-        *error = "time " + std::to_string(at) + " ms is too far";
+    const int64_t at = relative && value <= Scenario::kMaxTime ? previous + value : value;
+    if (at > Scenario::kMaxTime) {
+        *error = "time '" + Shown(word.text) + "' lies beyond one day (" + std::to_string(Scenario::kMaxTime) +
+                 " ms), the longest a scenario runs";
         return false;
     }
     if (at < previous) {
@@ -99,6 +97,12 @@ public:
         Scenario& scenario = result_->scenario;
         const int64_t last = scenario.lines.empty() ? 0 : scenario.lines.back().time;
         scenario.endTime = ended_ ? last : last + Scenario::kDefaultTail;
+        if (scenario.endTime > Scenario::kMaxTime) {
+            Report(scenario.lines.back().line,
+                   "the run would end at " + std::to_string(scenario.endTime) + " ms, " +
+                       std::to_string(Scenario::kDefaultTail) + " ms after this line, beyond one day (" +
+                       std::to_string(Scenario::kMaxTime) + " ms); end it with an end line");
+        }
     }
 
 private:

@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "input_text.h"
 #include "platform_clock.h"
 #include "sequencer.h"
 
@@ -107,14 +108,14 @@ bool ScenarioPlayer::CheckExpect(const std::string& where, const ScenarioLine& l
     if (result.ok) {
         return true;
     }
-    err_ << where << "failed: " << line.text << '\n';
+    err_ << where << "failed: " << Shown(line.text, kShownLineChars) << '\n';
     if (result.seen.empty()) {
         err_ << "    no " << expect.ev << " event since the last expect that held\n";
     } else {
         err_ << "    " << (expect.none ? "matching" : expect.ev) << " events since the last expect that held:\n";
     }
     for (size_t i = 0; i < result.seen.size() && i < kShownEvents; ++i) {
-        err_ << "    " << result.seen[i].Json() << '\n';
+        err_ << "    " << result.seen[i]->Json() << '\n';
     }
     if (result.seen.size() > kShownEvents) {
         err_ << "    ... and " << result.seen.size() - kShownEvents << " more\n";

@@ -23,7 +23,7 @@ std::string TimelineWriter::Line(const TraceEvent& event)
 
 void TimelineWriter::Write(const TraceEvent& event)
 {
-    if (event.ev != "log") {
+    if (event.ev != "log" && event.ev != "app.log") {
         out_ << Line(event) << '\n';
     }
 }

@@ -15,7 +15,9 @@ const std::vector<std::string>* TraceKindFields(const std::string& ev)
         {"param.set", {"key", "value"}},
         {"screen.resolution", {"width", "height", "density"}},
         {"ipc.done", {"line", "code", "status", "reply"}},
+        {"ipc.unsent", {"line", "code", "result"}},
         {"log", {"level", "msg"}},
+        {"app.log", {"bundle", "level", "msg"}},
         {"expect", {"line", "ok"}},
     };
     auto it = kinds.find(ev);

@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "chart_writer.h"
+#include "input_text.h"
 #include "jsonl_writer.h"
 #include "scenario_parser.h"
 #include "timeline_writer.h"
@@ -75,12 +76,12 @@ int ZelDeviceApp::Run(const CommandLine& line)
     if (line.trace && *line.trace != "-") {
         traceFile.open(*line.trace, std::ios::trunc);
         if (!traceFile) {
-            err_ << "zel_device: cannot write the trace to " << *line.trace << '\n';
+            err_ << "zel_device: cannot write the trace to " << Shown(*line.trace) << '\n';
             return EXIT_SCENARIO_ERROR;
         }
     }
     if (line.chart && !std::ofstream(*line.chart, std::ios::trunc)) {
-        err_ << "zel_device: cannot write the chart to " << *line.chart << '\n';
+        err_ << "zel_device: cannot write the chart to " << Shown(*line.chart) << '\n';
         return EXIT_SCENARIO_ERROR;
     }
     std::ostream* trace = !line.trace ? nullptr : (*line.trace == "-" ? &out_ : &traceFile);

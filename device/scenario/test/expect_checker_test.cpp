@@ -40,7 +40,7 @@ TEST_F(ExpectCheckerTest, WindowMovesPastTheMatchOnlyWhenAnExpectHolds)
     // A's begin came before B's: out of this window now; a failure does not move it.
     EXPECT_FALSE(Check("mox.refresh", {{"desc", "A"}, {"status", "true"}}));
     ASSERT_EQ(last_.seen.size(), 1u);
-    EXPECT_EQ(last_.seen[0].Json(),
+    EXPECT_EQ(last_.seen[0]->Json(),
               R"({"t":0,"ev":"mox.refresh","name":"VOTER_SCENE","status":false,"min":0,"max":0,"desc":"A"})");
     EXPECT_EQ(checker_.WindowStart(), 2u);
     // expect.none looks at the same window and never moves it.
@@ -69,6 +69,30 @@ TEST_F(ExpectCheckerTest, FieldsCompareAsTextArraysByElementAndMessagesWhole)
     EXPECT_TRUE(Check("mox.package", {{"pkgs", "com.b:1:2"}}));
     EXPECT_TRUE(Check("log", {{"level", "I"}, {"msg", "SetPowerModeFrameRate send to MOX success"}}));
     EXPECT_TRUE(Check("ipc.done", {{"line", "4"}, {"reply", "null"}}));
+}
+
+// As the player runs it: every check adds its own expect event to the trace.
+TEST_F(ExpectCheckerTest, ManyChecksCostWhatTheyReadNotTheWholeWindowEachTime)
+{
+    constexpr size_t kLines = 20000;
+    Refresh("A", true, 90);
+    Refresh("B", true, 60);
+    for (size_t line = 0; line < kLines; ++line) {
+        if (line == kLines / 2) {
+            Refresh("C", false, 0);
+        }
+        EXPECT_EQ(Check("mox.refresh", {{"desc", "C"}}, true), line < kLines / 2);
+        EXPECT_EQ(last_.seen.size(), line < kLines / 2 ? 0u : 1u);
+        EXPECT_TRUE(Check("log", {}, true));
+        EXPECT_FALSE(Check("mox.light", {}));
+        trace_.Emit("expect", {{"line", static_cast<int64_t>(line)}, {"ok", true}});
+    }
+    // Copying the window for each check would read about 3 * kLines * kLines / 2 events.
+    EXPECT_LT(checker_.EventsRead(), 3 * kLines);
+    EXPECT_EQ(checker_.WindowStart(), 0u);
+    // An expect that holds moves the window: the expect.none starts over from there.
+    EXPECT_TRUE(Check("mox.refresh", {{"desc", "C"}}));
+    EXPECT_TRUE(Check("mox.refresh", {{"desc", "C"}}, true));
 }
 
 }  // namespace

@@ -98,6 +98,13 @@ public:
     {
         return Record("register " + std::to_string(line) + " " + bundle + " " + name, error);
     }
+    bool SendRaw(int line, const RawRequest& r, std::string* error) override
+    {
+        std::string text = "raw " + Tag(line, r.caller) + " " + std::to_string(r.code) + (r.oneWay ? " oneway" : "") +
+                           (r.bundle.empty() ? "" : " to=" + r.bundle + ":" + r.callback) +
+                           (r.writeToken ? "" : " notoken") + " fields=" + std::to_string(r.fields.size());
+        return Record(text, error);
+    }
     bool AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid, std::optional<bool> focus,
                   std::string* error) override
     {

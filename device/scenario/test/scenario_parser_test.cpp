@@ -4,6 +4,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <tuple>
+
+#include "raw_fields.h"
 
 namespace Tarvo::Emu {
 namespace {
@@ -169,6 +172,118 @@ TEST_F(ScenarioParserTest, EveryErrorIsReportedWithItsLine)
          {20, "nothing may follow end"}});
     ExpectErrors("0 scene a b 1\n0 config none\n0 boot\n0 config none\n",
                  {{1, "only allowed after boot"}, {4, "only allowed before boot"}});
+}
+
+TEST_F(ScenarioParserTest, RawRequestsTakeTypedFieldsATokenATargetAndOneWay)
+{
+    using Kind = RawField::Kind;
+    const ParseResult result = Parse(
+        "0 pkg.install com.g game\n"
+        "0 boot\n"
+        "0 register com.g cb\n"
+        "0 raw 4294967298 s:\"a b=c\" i:-1 u:7 b:1 i32v:-1,2 u32v: hex:0aFF\n"
+        "0 raw 0 oneway token=none as=native\n"
+        "0 raw 0 u:30 to=com.g:cb token=Other oneway\n");
+    ASSERT_TRUE(result.Ok()) << testing::PrintToString(result.errors);
+    const RawRequest& full = Command<Cmd::Raw>(result, 3).request;
+    EXPECT_EQ(full.code, 2u);
+    EXPECT_EQ(full.caller.kind, CallerSpec::Kind::SYSTEM);
+    EXPECT_TRUE(full.writeToken);
+    EXPECT_EQ(full.token, std::nullopt);
+    EXPECT_FALSE(full.oneWay);
+    EXPECT_TRUE(full.bundle.empty());
+    std::vector<std::tuple<Kind, std::string, std::vector<uint32_t>>> fields;
+    for (const RawField& field : full.fields) {
+        fields.emplace_back(field.kind, field.text, field.words);
+    }
+    EXPECT_EQ(fields, (decltype(fields){{Kind::STRING, "a b=c", {}},
+                                        {Kind::INT32, "", {UINT32_MAX}},
+                                        {Kind::UINT32, "", {7}},
+                                        {Kind::BOOL, "", {1}},
+                                        {Kind::INT32_VECTOR, "", {UINT32_MAX, 2}},
+                                        {Kind::UINT32_VECTOR, "", {}},
+                                        {Kind::BYTES, "\x0a\xff", {}}}));
+    const RawRequest& bare = Command<Cmd::Raw>(result, 4).request;
+    EXPECT_FALSE(bare.writeToken);
+    EXPECT_TRUE(bare.oneWay);
+    EXPECT_EQ(bare.caller.kind, CallerSpec::Kind::NATIVE);
+    const RawRequest& toCallback = Command<Cmd::Raw>(result, 5).request;
+    EXPECT_EQ(toCallback.bundle, "com.g");
+    EXPECT_EQ(toCallback.callback, "cb");
+    EXPECT_EQ(toCallback.token, u"Other");
+}
+
+TEST_F(ScenarioParserTest, RawFieldsAreCheckedAndBounded)
+{
+    const std::string tooMany = "0 raw 2 u32v:" + std::string(kMaxRawElements, ',') + "\n";
+    const std::string tooLong = "0 raw 2 hex:" + std::string(2 * kMaxRawBytes + 2, 'a') + "\n";
+    ExpectErrors(
+        "0 raw 1\n"
+        "0 pkg.install com.g game\n"
+        "0 boot\n"
+        "0 raw\n"
+        "0 raw 1 x:1\n"
+        "0 raw 1 word\n"
+        "0 raw 1 b:2\n"
+        "0 raw 1 hex:abc\n"
+        "0 raw 1 hex:zz\n"
+        "0 raw 1 i32v:1,,2\n"
+        "0 raw 1 u:x\n"
+        "0 raw 1 to=com.g:cb\n"
+        "0 register com.g cb\n"
+        "0 raw 1 to=com.g:cb as=com.g\n"
+        "0 raw 1 to=com.g:cb as=com.x\n"
+        "0 raw 1 bogus=1\n" +
+            tooMany + tooLong,
+        {{1, "only allowed after boot"},
+         {4, "too few arguments"},
+         {5, "unknown field kind 'x'"},
+         {6, "'word' is neither oneway nor a field"},
+         {7, "b: takes 0 or 1, not '2'"},
+         {8, "even number of digits"},
+         {9, "'zz' is not two hex digits"},
+         {10, "element '' is not a decimal"},
+         {11, "u: 'x' is not a decimal"},
+         {12, "names no callback"},
+         {14, "the caller's own process"},
+         {15, "as='com.x'"},
+         {16, "unknown option 'bogus'"},
+         {17, "at most 65536"},
+         {18, "at most 262144 bytes"}});
+}
+
+TEST_F(ScenarioParserTest, MessagesQuoteInputEscapedAndShort)
+{
+    const ParseResult result = Parse(
+        "0 dance\x1b[2J\x07\n"
+        "0 " +
+        std::string(1 << 20, 'z') +
+        "\n"
+        "0 light \x1b]0;title\x07 on\n");
+    ASSERT_EQ(result.errors.size(), 3u);
+    EXPECT_EQ(result.errors[0], "s.scn:1: unknown command 'dance\\x1b[2J\\x07'");
+    EXPECT_EQ(result.errors[1], "s.scn:2: unknown command '" + std::string(kShownChars, 'z') + "...'");
+    EXPECT_EQ(result.errors[2],
+              "s.scn:3: light: TYPE '\\x1b]0;title\\x07' is not a decimal integer from 0 to 4294967295");
+}
+
+TEST_F(ScenarioParserTest, AScenarioLastsAtMostOneDay)
+{
+    EXPECT_EQ(Parse("0 boot\n86400000 end\n").scenario.endTime, Scenario::kMaxTime);
+    EXPECT_TRUE(Parse("0 boot\n86390000 powermode 1\n").Ok());
+    ExpectErrors("0 sa.down 4607\n0 boot\n1000000000000 end\n", {{3, "lies beyond one day (86400000 ms)"}});
+    ExpectErrors("0 boot\n86000000 powermode 1\n+400001 powermode 2\n+99999999999999999 powermode 3\n+0 end\n",
+                 {{3, "'+400001' lies beyond one day"}, {4, "'+99999999999999999' lies beyond one day"}});
+    ExpectErrors("0 boot\n86395000 powermode 1\n",
+                 {{2, "the run would end at 86405000 ms, 10000 ms after this line, beyond one day"}});
+}
+
+TEST_F(ScenarioParserTest, DefaultUidsStayWithinTheSignedRange)
+{
+    ASSERT_TRUE(Parse("0 pkg.install com.a uid=2147483646\n0 pkg.install com.b\n").Ok());
+    ExpectErrors("0 pkg.install com.a uid=2147483647\n0 pkg.install com.b\n0 pkg.install com.c uid=5\n",
+                 {{2, "the next uid, 2147483648, is beyond the 32-bit range"}});
+    ExpectErrors("0 pkg.install com.a uid=2147483648\n", {{1, "uid '2147483648' is not a decimal integer"}});
 }
 
 TEST_F(ScenarioParserTest, ConfigIsFoundBesideTheScenario)

@@ -43,7 +43,8 @@ TEST_F(ScenarioPlayerTest, LinesRunAtTheirTimesInFileOrderAndTheRunEndsTenSecond
                    "1500 scene com.a S 1\n"
                    "1500 thermal 1=90 as=com.g\n"
                    "+500 sa.down 3308\n"
-                   "2000 settings.up\n"),
+                   "2000 settings.up\n"
+                   "2000 raw 7 u:1 oneway token=none as=shell\n"),
               PlayOutcome::PLAYED);
     std::vector<std::string> timed;
     for (const auto& call : device_.calls) {
@@ -51,7 +52,8 @@ TEST_F(ScenarioPlayerTest, LinesRunAtTheirTimesInFileOrderAndTheRunEndsTenSecond
     }
     EXPECT_EQ(timed, (std::vector<std::string>{"0 install com.g uid=0 game=1 system=0 type=-1", "0 boot",
                                                "1500 scene 3 system com.a S 1", "1500 thermal 4 bundle:com.g 1=90",
-                                               "2000 sa 3308 down", "2000 settings up"}));
+                                               "2000 sa 3308 down", "2000 settings up",
+                                               "2000 raw 7 shell 7 oneway notoken fields=1"}));
     EXPECT_EQ(reached_, 12000);
     EXPECT_EQ(PlatformClock::now().time_since_epoch().count(), 12000);
     EXPECT_EQ(err_.str(), "");

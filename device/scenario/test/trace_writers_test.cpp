@@ -60,6 +60,7 @@ TEST_F(TraceWritersTest, TimelineHasOneLinePerEventButLogLines)
     TimelineWriter timeline(out);
     timeline.Write(Refresh(2000, "VOTER_SCENE", true, 0, "BACK_APP_ANIMATION"));
     timeline.Write(Event(2001, "log", {{"level", std::string("I")}, {"msg", std::string("hidden")}}));
+    timeline.Write(Event(2002, "app.log", {{"bundle", std::string("com.g")}, {"msg", std::string("hidden")}}));
     timeline.Write(Event(12345, "settings.write", {{"key", std::string("a b")}, {"value", std::string()}}));
     timeline.Write(Event(99999999, "ipc.done", {{"reply", nullptr}, {"ok", false}}));
     timeline.Write(Event(7, "boot", {}));

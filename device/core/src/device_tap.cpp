@@ -1,0 +1,94 @@
+#include "device_tap.h"
+
+#include "i_zel_manager.h"
+#include "zel_log.h"
+
+namespace Tarvo::Emu {
+namespace {
+// The reply's first 32-bit value, signed where the manager answers with an int32.
+TraceValue ReplyValue(const TransactionRecord& record)
+{
+    if (record.reply == nullptr || record.reply->GetDataSize() < sizeof(uint32_t)) {
+        return nullptr;
+    }
+    MessageParcel copy = *record.reply;
+    const uint32_t raw = copy.ReadUint32();
+    const bool signedReply =
+        record.descriptor == Vantel::IZelManager::GetDescriptor() &&
+        record.code == static_cast<uint32_t>(Vantel::ZelManagerInterfaceCode::CHANGE_RESOLUTION_MODE);
+    return signedReply ? static_cast<int64_t>(static_cast<int32_t>(raw)) : static_cast<int64_t>(raw);
+}
+}  // namespace
+
+void DeviceTap::Emit(std::string ev, std::vector<TraceField> fields)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (trace_ != nullptr) {
+        trace_->Emit(std::move(ev), std::move(fields));
+    }
+}
+
+void DeviceTap::SetServicePid(int32_t pid)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    servicePid_ = pid;
+}
+
+void DeviceTap::Watch(uint64_t line, std::u16string descriptor, int32_t appPid, std::string bundle)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    line_ = line;
+    descriptor_ = std::move(descriptor);
+    appPid_ = appPid;
+    bundle_ = std::move(bundle);
+    delivered_ = false;
+}
+
+bool DeviceTap::Delivered() const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return delivered_;
+}
+
+void DeviceTap::OnTransaction(const TransactionRecord& record)
+{
+    if (record.tag == 0) {
+        return;
+    }
+    TraceValue reply = ReplyValue(record);
+    std::lock_guard<std::mutex> lock(mutex_);
+    const bool watched =
+        record.tag == line_ && record.descriptor == descriptor_ && (appPid_ == 0 || record.targetPid == appPid_);
+    delivered_ = delivered_ || watched;
+    if (trace_ == nullptr || !(watched || record.descriptor == Vantel::IZelManager::GetDescriptor())) {
+        return;
+    }
+    trace_->Emit("ipc.done", {{"line", static_cast<int64_t>(record.tag)},
+                              {"code", static_cast<int64_t>(record.code)},
+                              {"status", static_cast<int64_t>(record.status)},
+                              {"reply", std::move(reply)}});
+}
+
+void DeviceTap::OnLog(const HiviewDFX::LogRecord& record)
+{
+    const std::string level(1, HiviewDFX::LevelLetter(record.level));
+    const uint64_t tag = IPCDriver::CurrentTag();
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (trace_ == nullptr) {
+        return;
+    }
+    // The service's own lines: its domain, from its process (libraries there log under theirs).
+    if (servicePid_ != 0 && record.pid == servicePid_ && record.domain == Vantel::ZEL_LOG_LABEL.domain) {
+        trace_->Emit("log", {{"level", level}, {"msg", record.message}});
+    } else if (appPid_ != 0 && record.pid == appPid_ && tag == line_) {
+        trace_->Emit("app.log", {{"bundle", bundle_}, {"level", level}, {"msg", record.message}});
+    }
+}
+
+void DeviceTap::Detach()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    trace_ = nullptr;
+}
+
+}  // namespace Tarvo::Emu

@@ -83,9 +83,10 @@ protected:
         record.tag = tag;
         return record;
     }
-    static HiviewDFX::LogRecord Log(int32_t pid, std::string message)
+    static HiviewDFX::LogRecord Log(int32_t pid, std::string message, uint32_t domain = 0xD004608)
     {
         HiviewDFX::LogRecord record;
+        record.domain = domain;
         record.level = HiviewDFX::LOG_ERROR;
         record.message = std::move(message);
         record.pid = pid;
@@ -122,6 +123,7 @@ TEST_F(DeviceTapTest, TracesTheServiceAndTheWatchedCallbackOnly)
     tap_->OnTransaction(withReply);
     EXPECT_TRUE(tap_->Delivered());
     tap_->OnLog(Log(1000, "service line"));
+    tap_->OnLog(Log(1000, "a library's line in the service's process", 0xD003900));
     tap_->OnLog(Log(7, "game line, nobody asked"));
 
     tap_->Watch(9, callback, 7, "com.g");

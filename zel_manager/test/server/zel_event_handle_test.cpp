@@ -84,38 +84,24 @@ TEST_F(ZelEventHandleTest, TheSingletonRunsOnItsNamedRunnerAtLowPriorityWithItsC
     release.set_value();
 }
 
-TEST_F(ZelEventHandleTest, TwoPostsOfOneNameBothRun)
-{
-    handle_->PostEvent(Record("a"), "N", 100);
-    handle_->PostEvent(Record("b"), "N", 200);
-    RunUntil(1000);
-    EXPECT_EQ(Ran(), (std::vector<std::string>{"a@100", "b@200"}));
-}
-
-TEST_F(ZelEventHandleTest, RemoveEventWithdrawsOnlyNamesNotYetBegun)
+// A later post of a name cancels nothing; withdrawing a name takes all its queued tasks, but
+// only while none of them has begun since it was last posted. Unnamed tasks stay.
+TEST_F(ZelEventHandleTest, NamedTasksAreWithdrawnOnlyUntilTheirNameBegins)
 {
     handle_->RemoveEvent("never-posted");
     handle_->PostEvent(Record("first"), "N", 100);
-    handle_->PostEvent(Record("second"), "N", 500);
-    RunUntil(200);
-    // "first" has begun: the name counts as started, so the queued "second" survives.
-    handle_->RemoveEvent("N");
-    EXPECT_EQ(PendingNames(), std::vector<std::string>{"N"});
-    // A fresh post makes the name withdrawable again, and withdrawal takes every queued task of it.
-    handle_->PostEvent(Record("third"), "N", 100);
-    handle_->RemoveEvent("N");
-    EXPECT_TRUE(PendingNames().empty());
-    RunUntil(1000);
-    EXPECT_EQ(Ran(), std::vector<std::string>{"first@100"});
-}
-
-TEST_F(ZelEventHandleTest, UnnamedTasksCannotBeWithdrawn)
-{
-    handle_->DelayTask(Record("delayed"), 100);
+    handle_->PostEvent(Record("second"), "N", 200);
+    handle_->DelayTask(Record("delayed"), 300);
     handle_->ExecuteAsyncTask(Record("async"));
     handle_->RemoveEvent("");
-    RunUntil(100);
-    EXPECT_EQ(Ran(), (std::vector<std::string>{"async@0", "delayed@100"}));
+    RunUntil(150);
+    handle_->RemoveEvent("N");
+    EXPECT_EQ(PendingNames(), (std::vector<std::string>{"N", ""}));
+    handle_->PostEvent(Record("third"), "N", 100);
+    handle_->RemoveEvent("N");
+    EXPECT_EQ(PendingNames(), std::vector<std::string>{""});
+    RunUntil(1000);
+    EXPECT_EQ(Ran(), (std::vector<std::string>{"async@0", "first@100", "delayed@300"}));
 }
 
 TEST_F(ZelEventHandleTest, AnimationDelayDeleteKeepsOnlyTheLatestThreeSecondsAfterIt)

@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <memory>
-#include <mutex>
 
 #include "data_ability_observer_stub.h"
 #include "hilog.h"
@@ -26,20 +26,8 @@ const std::string MODE_KEY = "settings.display.resolution_mode";
 
 class CountingObserver : public AAFwk::DataAbilityObserverStub {
 public:
-    void OnChange() override
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        ++count_;
-    }
-    int Count()
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return count_;
-    }
-
-private:
-    std::mutex mutex_;
-    int count_ = 0;
+    void OnChange() override { ++count; }
+    std::atomic<int> count = 0;
 };
 
 class SettingsDataHelperTest : public testing::Test {
@@ -154,7 +142,7 @@ TEST_F(SettingsDataHelperTest, RowsAreReadWrittenAndAnnouncedOncePerWrite)
                        R"(,"op":"insert","key":"settings.display.resolution_mode","value":"4","ok":true})",
                        R"(,"op":"insert","key":"settings.display.resolution_mode","value":"5","ok":false})",
                        R"(,"op":"insert","key":"settings.display.resolution_mode","value":"5","ok":false})"}));
-    EXPECT_EQ(observer->Count(), 3);
+    EXPECT_EQ(observer->count, 3);
 }
 
 }  // namespace

@@ -5,10 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "hilog.h"
-#include "ipc_driver.h"
-#include "ipc_types.h"
 #include "zel_manager_test_doubles.h"
-#include "zel_test_processes.h"
 
 namespace Tarvo::Vantel::Test {
 namespace {
@@ -131,52 +128,32 @@ TEST(ZelManagerProxyTest, RejectedOrOversizedArgumentsAreNotSent)
                        "[ZelManagerProxy::SetGameFpsForThermalControl] write pkgName failed!"}));
 }
 
-TEST(ZelManagerProxyTest, AFailingTransportOrARefusalGivesEachOperationsFallBack)
+// A send that fails (here the stub's refusal) or a reply without its value.
+TEST(ZelManagerProxyTest, AFailedSendOrAnEmptyReplyGivesEachOperationsFallBack)
 {
-    auto serviceProcess = MakeCaller(CallerKind::NATIVE, 500);
-    sptr<RecordingRemote> service;
-    {
-        ScopedProcess scope(serviceProcess);
-        service = new RecordingRemote();
+    const std::string ops[] = {"[ZelManagerProxy::ChangeResolutionMode]", "[ZelManagerProxy::SetThermalPolicy]",
+                               "[ZelManagerProxy::RegisterGameFpsListener]",
+                               "[ZelManagerProxy::SetGameFpsForThermalControl]"};
+    for (bool refused : {true, false}) {
+        LogCapture log;
+        sptr<RecordingRemote> remote = new RecordingRemote();
+        remote->status = refused ? 3 : 0;
+        remote->writeReply = refused;
+        ZelManagerProxy proxy(remote);
+        proxy.SetScene("com.a", "S", 1);
+        EXPECT_EQ(CallAll(proxy), refused ? (Results{-1, 0, 5, 5}) : (Results{-1, 0, 5, 0}));
+        EXPECT_EQ(remote->requests.size(), 5u);
+        Strings expected;
+        for (const std::string& op : ops) {
+            expected.push_back(refused ? op + " Send Request faild code = 3" : op + " read result failed");
+        }
+        if (refused) {
+            expected.back() = "[ZelManagerProxy SetGameFpsForThermalControl] Send Request faild code = 3";
+            EXPECT_EQ(log.Messages(LOG_ERROR),
+                      Strings{"[ZelManagerProxy::SetScene] SendRequest is failed, error code: 3"});
+        }
+        EXPECT_EQ(log.Messages(refused ? LOG_WARN : LOG_ERROR), expected);
     }
-    ScopedProcess client(MakeCaller(CallerKind::NATIVE, 501));
-    MessageParcel carrier;  // the client holds the service as a proxy, as it would from samgr
-    carrier.WriteRemoteObject(sptr<IRemoteObject>(service));
-    ZelManagerProxy proxy(carrier.ReadRemoteObject());
-    LogCapture log;
-    IPCDriver::GetInstance().SetTransportFault(500, true);
-    proxy.SetScene("com.a", "S", 1);
-    EXPECT_EQ(CallAll(proxy), (Results{-1, 0, 5, 5}));
-    IPCDriver::GetInstance().SetTransportFault(500, false);
-    EXPECT_TRUE(service->requests.empty());
-    service->status = 3;
-    EXPECT_EQ(CallAll(proxy), (Results{-1, 0, 5, 5}));
-
-    Strings expected;
-    for (const std::string& code : {std::to_string(ERR_TRANSACTION_FAILED), std::string("3")}) {
-        expected.insert(expected.end(),
-                        {"[ZelManagerProxy::ChangeResolutionMode] Send Request faild code = " + code,
-                         "[ZelManagerProxy::SetThermalPolicy] Send Request faild code = " + code,
-                         "[ZelManagerProxy::RegisterGameFpsListener] Send Request faild code = " + code,
-                         "[ZelManagerProxy SetGameFpsForThermalControl] Send Request faild code = " + code});
-    }
-    EXPECT_EQ(log.Messages(LOG_WARN), expected);
-    EXPECT_EQ(log.Messages(LOG_ERROR), Strings{"[ZelManagerProxy::SetScene] SendRequest is failed, error code: " +
-                                               std::to_string(ERR_TRANSACTION_FAILED)});
-}
-
-TEST(ZelManagerProxyTest, AReplyWithoutItsValueGivesEachOperationsFallBack)
-{
-    LogCapture log;
-    sptr<RecordingRemote> remote = new RecordingRemote();
-    remote->writeReply = false;
-    ZelManagerProxy proxy(remote);
-    EXPECT_EQ(CallAll(proxy), (Results{-1, 0, 5, 0}));
-    EXPECT_EQ(remote->requests.size(), 4u);
-    EXPECT_EQ(log.Messages(LOG_ERROR), (Strings{"[ZelManagerProxy::ChangeResolutionMode] read result failed",
-                                                "[ZelManagerProxy::SetThermalPolicy] read result failed",
-                                                "[ZelManagerProxy::RegisterGameFpsListener] read result failed",
-                                                "[ZelManagerProxy::SetGameFpsForThermalControl] read result failed"}));
 }
 
 }  // namespace

@@ -24,18 +24,11 @@ protected:
     // Runs what falls due up to `ms` after the test began.
     void RunUntil(int64_t ms) { ASSERT_TRUE(VirtualClock::AdvanceTo(start_ + PlatformClock::duration(ms))); }
 
-    // A task that records, in `ran_`, its label and the virtual time it ran at.
+    // A task that records, in `ran_`, its label and the virtual time it ran at. Read once the
+    // clock has settled.
     EventHandle::Task Record(const std::string& label)
     {
-        return [this, label] {
-            std::lock_guard<std::mutex> lock(mutex_);
-            ran_.push_back(label + "@" + std::to_string((PlatformClock::now() - start_).count()));
-        };
-    }
-    std::vector<std::string> Ran()
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return ran_;
+        return [this, label] { ran_.push_back(label + "@" + std::to_string((PlatformClock::now() - start_).count())); };
     }
     std::vector<std::string> PendingNames()
     {
@@ -48,7 +41,6 @@ protected:
 
     PlatformClock::time_point start_;
     std::unique_ptr<EventHandle> handle_;
-    std::mutex mutex_;
     std::vector<std::string> ran_;
 };
 
@@ -90,7 +82,7 @@ TEST_F(ZelEventHandleTest, NamedTasksAreWithdrawnOnlyUntilTheirNameBegins)
     handle_->RemoveEvent("N");
     EXPECT_EQ(PendingNames(), std::vector<std::string>{""});
     RunUntil(1000);
-    EXPECT_EQ(Ran(), (std::vector<std::string>{"async@0", "first@100", "delayed@300"}));
+    EXPECT_EQ(ran_, (std::vector<std::string>{"async@0", "first@100", "delayed@300"}));
 }
 
 TEST_F(ZelEventHandleTest, ATaskMayPostAndWithdrawFromTheRunnerThread)
@@ -103,7 +95,7 @@ TEST_F(ZelEventHandleTest, ATaskMayPostAndWithdrawFromTheRunnerThread)
         },
         "outer", 100);
     RunUntil(200);
-    EXPECT_EQ(Ran(), std::vector<std::string>{"kept@110"});
+    EXPECT_EQ(ran_, std::vector<std::string>{"kept@110"});
 }
 
 TEST_F(ZelEventHandleTest, WithoutAHandlerEveryOperationOnlyWarns)
@@ -116,7 +108,7 @@ TEST_F(ZelEventHandleTest, WithoutAHandlerEveryOperationOnlyWarns)
     none.ExecuteAsyncTask(Record("x"));
     none.SetAnimationDelayDelete(Record("x"));
     RunUntil(5000);
-    EXPECT_TRUE(Ran().empty());
+    EXPECT_TRUE(ran_.empty());
     EXPECT_EQ(log.Messages(LOG_WARN), (std::vector<std::string>{
                                           "EventHandle PostEvent error, mHandler is null",
                                           "EventHandle RemoveEvent error, mHandler is null",

@@ -26,7 +26,6 @@ public:
         received.push_back(targetFps);
         return 7;  // dropped by the stub
     }
-    using ZelCallbackStub::OnGameFpsChangeStub;
     std::vector<uint32_t> received;
 };
 
@@ -75,9 +74,6 @@ TEST(ZelCallbackStubTest, OnlyAWellFormedFrameRateReachesTheGame)
         EXPECT_EQ(log.Messages(LOG_DEBUG),
                   Strings{"[ZelCallbackStub::OnRemoteRequest] cmd = " + std::to_string(c.code) + ", flags= 1"});
     }
-    MessageParcel empty;  // the handler alone, as the stub calls it after the token
-    MessageParcel reply;
-    EXPECT_EQ(game->OnGameFpsChangeStub(empty, reply), -1);
     EXPECT_EQ(game->received, std::vector<uint32_t>{90});
     EXPECT_EQ(sptr<ZelCallbackStub>(new ZelCallbackStub())->OnGameFpsChange(60), 0);
 }

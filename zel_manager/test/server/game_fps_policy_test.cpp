@@ -130,6 +130,7 @@ TEST_F(GameFpsPolicyTest, TransientAnswersAreRetriedUntilEveryoneHasTheTarget)
     EXPECT_EQ(policy_->SetGameFpsForThermalControl("com.game.beta", 45), 0);
     policy_->RetryCallback({sptr<IZelCallbackInterface>(game_)}, "com.game.beta", 45, 2);
     EXPECT_EQ(game_->received, (Fps{45, 45}));
+    EXPECT_TRUE(log_.Contains(LOG_ERROR, "GameFpsPolicy::RemoveCallback no callback remove."));
     EXPECT_TRUE(log_.Contains(LOG_INFO, "GameFpsPolicy::RetryCallback pkgName = com.game.beta, TRetry all succeeded"));
 }
 

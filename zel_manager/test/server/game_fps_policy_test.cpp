@@ -1,6 +1,7 @@
 // The game listener registry in the cases a device cannot stage: arguments the service never
-// passes, the bound settings, callbacks in the service's own process and stale retries. Registration, targets, bounds,
-// classification and retries across processes are played in examples/scenarios/game_*.scn.
+// passes, the bound settings, callbacks in the service's own process and stale retries.
+// Registration, targets, bounds, classification and retries across processes are played in
+// examples/scenarios/game_*.scn.
 #include "game_fps_policy.h"
 
 #include <gtest/gtest.h>

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
-
 #include "bundle_mgr_interface.h"
 #include "hilog.h"
 #include "ipc_driver.h"
@@ -24,7 +22,6 @@ public:
     FakeBundleManager() : IPCObjectStub(AppExecFwk::BUNDLE_MGR_DESCRIPTOR) {}
     int OnRemoteRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option) override
     {
-        std::lock_guard<std::mutex> lock(mutex_);
         requests.push_back(std::to_string(code) + " " + std::to_string(option.GetFlags()) + " " +
                            std::to_string(option.GetWaitTime()) + ": " +
                            Tarvo::Test::HexAfterToken(data, AppExecFwk::BUNDLE_MGR_DESCRIPTOR));
@@ -37,10 +34,7 @@ public:
         reply.WriteString("com.game.alpha");
         return 0;
     }
-    Strings requests;
-
-private:
-    std::mutex mutex_;
+    Strings requests;  // written by the bundle manager's thread while the caller waits
 };
 
 class ZelBundleMgrAdapterTest : public testing::Test {

@@ -78,11 +78,13 @@ TEST_F(ZelEventHandleTest, NamedTasksAreWithdrawnOnlyUntilTheirNameBegins)
     RunUntil(150);
     handle_->RemoveEvent("N");
     EXPECT_EQ(PendingNames(), (std::vector<std::string>{"N", ""}));
+    RunUntil(250);
     handle_->PostEvent(Record("third"), "N", 100);
+    handle_->PostEvent(Record("fourth"), "N", 400);
     handle_->RemoveEvent("N");
     EXPECT_EQ(PendingNames(), std::vector<std::string>{""});
     RunUntil(1000);
-    EXPECT_EQ(ran_, (std::vector<std::string>{"async@0", "first@100", "delayed@300"}));
+    EXPECT_EQ(ran_, (std::vector<std::string>{"async@0", "first@100", "second@200", "delayed@300"}));
 }
 
 TEST_F(ZelEventHandleTest, ATaskMayPostAndWithdrawFromTheRunnerThread)

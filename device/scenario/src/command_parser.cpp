@@ -147,7 +147,8 @@ bool CommandParser::ParseConfig(const CommandArgs& args, ScenarioCommand* comman
             *error = "config: no file '" + Shown(path.string()) + "'";
             return false;
         }
-        config.path = path.string();
+        // Absolute, so that the device does not resolve a relative scenario folder a second time.
+        config.path = std::filesystem::absolute(path, ec).string();
     }
     configSeen_ = true;
     return Produce(command, std::move(config));

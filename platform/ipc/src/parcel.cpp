@@ -117,7 +117,9 @@ const uint8_t* Parcel::Consume(size_t size)
     if (padded < size || padded > GetReadableBytes()) {
         return nullptr;
     }
-    const uint8_t* field = data_.data() + readPos_;
+    // An empty parcel has no storage to point into, yet zero bytes are always there.
+    static constexpr uint8_t kNoBytes = 0;
+    const uint8_t* field = data_.empty() ? &kNoBytes : data_.data() + readPos_;
     readPos_ += padded;
     return field;
 }

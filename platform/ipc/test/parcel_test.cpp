@@ -148,6 +148,18 @@ TEST_F(ParcelTest, ShortInputFailsAndKeepsTheReadPosition)
     EXPECT_EQ(parcel.GetReadPosition(), 4u);
 }
 
+TEST_F(ParcelTest, ZeroBytesAreAlwaysThereToRead)
+{
+    Parcel empty;
+    Parcel read = ParcelOf({0x01, 0, 0, 0});
+    ASSERT_EQ(read.ReadInt32(), 1);
+    for (Parcel* parcel : {&empty, &read}) {
+        EXPECT_NE(parcel->ReadBuffer(0), nullptr);
+        EXPECT_EQ(parcel->ReadBuffer(1), nullptr);
+        EXPECT_EQ(parcel->GetReadPosition(), parcel->GetDataSize());
+    }
+}
+
 TEST_F(ParcelTest, BadCountsAndMissingTerminatorsFailWithoutAllocating)
 {
     // Counts far beyond the bytes left must fail before any element storage is reserved.

@@ -22,7 +22,7 @@ public:
     const CommonEventSubscribeInfo& GetSubscribeInfo() const { return subscribeInfo_; }
 
 private:
-    const CommonEventSubscribeInfo subscribeInfo_;
+    const CommonEventSubscribeInfo subscribeInfo_{};
 };
 
 }  // namespace Tarvo::EventFwk

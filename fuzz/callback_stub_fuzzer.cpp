@@ -91,12 +91,6 @@ void FuzzAdapter(uint32_t code, MessageParcel& data)
 }  // namespace
 }  // namespace Tarvo::Vantel
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    Tarvo::Fuzz::QuietLog();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     using namespace Tarvo::Vantel;

@@ -4,11 +4,6 @@
 
 namespace Tarvo::Fuzz {
 
-void QuietLog()
-{
-    HiviewDFX::HiLogOutput::SetStderrEnabled(false);
-}
-
 uint32_t CodeOf(const uint8_t* bytes)
 {
     return static_cast<uint32_t>(bytes[0]) | (static_cast<uint32_t>(bytes[1]) << 8) |
@@ -31,3 +26,10 @@ MessageParcel RequestOf(const std::u16string* token, const uint8_t* bytes, size_
 }
 
 }  // namespace Tarvo::Fuzz
+
+// Every target's: the platform log would print each line on stderr, where the fuzzer's own output goes.
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    Tarvo::HiviewDFX::HiLogOutput::SetStderrEnabled(false);
+    return 0;
+}

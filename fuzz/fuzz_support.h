@@ -22,9 +22,6 @@
 
 namespace Tarvo::Fuzz {
 
-// The platform log would print every line on stderr; the fuzzer's own output is what matters.
-void QuietLog();
-
 // Four bytes, little-endian, as a request code.
 uint32_t CodeOf(const uint8_t* bytes);
 

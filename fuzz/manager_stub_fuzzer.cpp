@@ -83,13 +83,6 @@ bool Admitted(uint8_t callerKind, uint32_t code)
 }  // namespace
 }  // namespace Tarvo::Vantel
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    Tarvo::Fuzz::QuietLog();
-    Tarvo::Vantel::TheWorld();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     using namespace Tarvo;

@@ -233,12 +233,6 @@ void ReadBack(const std::vector<Step>& steps, const std::vector<Done>& done)
 }  // namespace
 }  // namespace Tarvo::Fuzz
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    Tarvo::Fuzz::QuietLog();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     using namespace Tarvo::Fuzz;

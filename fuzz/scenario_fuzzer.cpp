@@ -65,12 +65,6 @@ void CheckResult(const ParseResult& result, std::string_view text)
 }  // namespace
 }  // namespace Tarvo::Emu
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    Tarvo::Fuzz::QuietLog();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     using namespace Tarvo::Emu;

@@ -6,6 +6,7 @@
 // one remote object; then one byte per step (low 5 bits the read, high 3 bits its argument); the
 // rest is the parcel's bytes.
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <functional>

@@ -123,13 +123,9 @@ std::string NumberError(const std::string& name)
 
 TEST_F(ZelManagerConfigTest, EachFileIsReadAsFarAsItHoldsAndEveryProblemIsReported)
 {
+    // Cut short, a wrong root, document types and an empty root are played in the config_*.scn scenarios.
     const std::string powermode = Document("<powermode>60 120</powermode>");
-    std::string references;
-    for (int i = 0; i < 2000; ++i) {
-        references += "&e;";
-    }
     const char* loadError = "E [ZelConfig] load xml error!";
-    const char* doctype = "E [ZelConfig] config file has a document type declaration";
     struct Case {
         std::string file;
         bool loads;
@@ -137,17 +133,6 @@ TEST_F(ZelManagerConfigTest, EachFileIsReadAsFarAsItHoldsAndEveryProblemIsReport
         std::string tables = "";  // what the tables hold after the load
     };
     const std::vector<Case> cases = {
-        {powermode.substr(0, 60), false, {loadError}, ""},  // cut short
-        {R"(<zelConfigs><powermode>60 120</powermode></zelConfigs>)",
-         false,
-         {"E [ZelConfig] get root element failed!"}},
-        {"<ZelConfigs/>", true, {}, ""},
-        // A document type declaration: its entities would be expanded by every later read.
-        {R"(<!DOCTYPE ZelConfigs [<!ENTITY e ")" + std::string(20000, 'x') + R"(">]><ZelConfigs><powermode>)" +
-             references + "</powermode></ZelConfigs>",
-         false,
-         {doctype, loadError}},
-        {R"(<!DOCTYPE ZelConfigs SYSTEM "http://localhost/zel.dtd"><ZelConfigs/>)", false, {doctype, loadError}},
         {Padded(powermode, SIZE_LIMIT), true, {}, "powermode=60,120"},
         {Padded(powermode, SIZE_LIMIT + 1),
          false,
@@ -284,7 +269,9 @@ TEST_F(ZelManagerConfigTest, ShippedAndExampleConfigurationsMatchTheSchemaWhichR
     // Every configuration shipped or shown in the examples, recognised by its root element.
     std::vector<std::string> files = {ReadFile(PRODUCT_FILE)};
     for (const auto& entry : fs::recursive_directory_iterator(SOURCE_DIR / "examples")) {
-        if (entry.path().extension() == ".xml" && ReadFile(entry.path()).find("<ZelConfigs") != std::string::npos) {
+        const bool broken = entry.path().parent_path().filename() == "broken";  // meant to fail
+        if (entry.path().extension() == ".xml" && !broken &&
+            ReadFile(entry.path()).find("<ZelConfigs") != std::string::npos) {
             files.push_back(ReadFile(entry.path()));
         }
     }

@@ -15,6 +15,8 @@
 #include <mutex>
 #include <optional>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "config_policy_utils.h"
 #include "frame_rate_control.h"
@@ -53,6 +55,29 @@ std::string WithoutLineEnd(std::string text)
     return text;
 }
 
+struct XmlDiagnostic {
+    HiviewDFX::LogLevel level;
+    std::string text;
+};
+// Set while this thread parses under the parse lock: diagnostics wait there and are logged after
+// the lock, so no log sink is called with it held.
+thread_local std::vector<XmlDiagnostic>* tHeldDiagnostics = nullptr;
+
+void LogXmlDiagnostic(const XmlDiagnostic& diagnostic)
+{
+    HiLogPrint(XML_LOG_LABEL.type, diagnostic.level, XML_LOG_LABEL.domain, XML_LOG_LABEL.tag, "%{public}s",
+               diagnostic.text.c_str());
+}
+
+void Report(HiviewDFX::LogLevel level, std::string text)
+{
+    if (tHeldDiagnostics != nullptr) {
+        tHeldDiagnostics->push_back({level, std::move(text)});
+    } else {
+        LogXmlDiagnostic({level, std::move(text)});
+    }
+}
+
 void XmlGenericError(void* /* context */, const char* format, ...)
 {
     char text[512];
@@ -62,7 +87,7 @@ void XmlGenericError(void* /* context */, const char* format, ...)
     va_end(args);
     std::string line = WithoutLineEnd(text);
     if (!line.empty()) {
-        HiviewDFX::HiLog::Warn(XML_LOG_LABEL, "%{public}s", line.c_str());
+        Report(HiviewDFX::LOG_WARN, std::move(line));
     }
 }
 
@@ -73,8 +98,8 @@ void XmlStructuredError(void* /* context */, xmlErrorPtr error)
     }
     std::string message = WithoutLineEnd(error->message != nullptr ? error->message : "");
     HiviewDFX::LogLevel level = error->level == XML_ERR_WARNING ? HiviewDFX::LOG_WARN : HiviewDFX::LOG_ERROR;
-    HiLogPrint(XML_LOG_LABEL.type, level, XML_LOG_LABEL.domain, XML_LOG_LABEL.tag, "%{public}s:%{public}d: %{public}s",
-               error->file != nullptr ? error->file : "", error->line, message.c_str());
+    Report(level,
+           std::string(error->file != nullptr ? error->file : "") + ":" + std::to_string(error->line) + ": " + message);
 }
 
 // libxml2 keeps its handlers per thread: threads started later copy the defaults set once here, and
@@ -182,11 +207,17 @@ xmlDocPtr ParseConfigFile(const std::string& filePath)
     std::string content;
     FileRead read = ReadConfigFile(filePath, content);
     xmlDocPtr docPtr = nullptr;
+    std::vector<XmlDiagnostic> diagnostics;
     if (read == FileRead::OK) {
         std::lock_guard<std::recursive_mutex> lock(g_parseMutex);
         RouteXmlDiagnostics();
+        tHeldDiagnostics = &diagnostics;
         docPtr =
             xmlReadMemory(content.data(), static_cast<int>(content.size()), filePath.c_str(), nullptr, PARSE_OPTIONS);
+        tHeldDiagnostics = nullptr;
+    }
+    for (const XmlDiagnostic& diagnostic : diagnostics) {
+        LogXmlDiagnostic(diagnostic);
     }
     ZEL_LOGI("[ZelConfig] filePath: %{public}s", filePath.c_str());
     if (read == FileRead::TOO_BIG) {

@@ -8,18 +8,20 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 play() {  # SCENARIO_INDEX RUN
-    local scenario=${scenarios[$1]}
+    local scenario
+    scenario=$(cat "$work/$1.path")
     "$device" run "$scenario" --quiet --trace "$work/$1.$2.jsonl" >/dev/null 2>"$work/$1.$2.err"
     echo $? >"$work/$1.$2.status"
 }
 export -f play
 scenarios=("$@")
 export device work
-export SCENARIOS="${scenarios[*]}"
+# Paths go by file, so that any character in them survives the trip through xargs.
+for i in "${!scenarios[@]}"; do printf '%s' "${scenarios[$i]}" >"$work/$i.path"; done
 
 for i in "${!scenarios[@]}"; do
     for r in $(seq 1 "$runs"); do echo "$i $r"; done
-done | xargs -P "$jobs" -n 2 bash -c 'scenarios=($SCENARIOS); play "$0" "$1"'
+done | xargs -P "$jobs" -n 2 bash -c 'play "$0" "$1"'
 
 failed=0
 for i in "${!scenarios[@]}"; do

@@ -111,10 +111,11 @@ bool VirtualProcess::Enqueue(std::function<void()> work, bool next)
         return false;
     }
     // The pool's queue keeps the order of the turns, so a free thread always takes the earliest.
+    Work queued{std::move(work), WorkTracker::Token(), next ? Sequencer::ReserveFirst() : Sequencer::Reserve()};
     if (next) {
-        pool_->queue.push_front(Work{std::move(work), WorkTracker::Token(), Sequencer::ReserveFirst()});
+        pool_->queue.push_front(std::move(queued));
     } else {
-        pool_->queue.push_back(Work{std::move(work), WorkTracker::Token(), Sequencer::Reserve()});
+        pool_->queue.push_back(std::move(queued));
     }
     // A hand-off may pass the cap: every other thread may be holding work whose turn comes later.
     if (pool_->queue.size() > pool_->idle && (pool_->threads.size() < kMaxThreads || next)) {

@@ -2,14 +2,15 @@
 #define TARVO_IPC_MESSAGE_PARCEL_H
 
 // The parcel of a request or reply: the bytes of Parcel plus a table of the remote objects it
-// carries. Objects travel by reference, never as raw pointers in the bytes: a remote object is
-// written as the uint32 kObjectMarker followed by the uint32 index of its table entry.
+// carries. Objects travel by reference, never as pointers: a remote object is written as the
+// uint32 kObjectMarker followed by the uint32 index of its table entry, and the entry holds the
+// object's wire value (IPCTransport) and a reference that keeps it alive while the parcel lives.
 //
 // Contract:
 //  - Copying copies the bytes, the read position and the object table.
-//  - WriteRemoteObject() stores what the driver can carry (for a proxy, the object it stands for);
-//    ReadRemoteObject() validates the marker and the index and hands the reading thread's process
-//    its own view of the object: the object itself in the process that owns it, a proxy elsewhere.
+//  - WriteRemoteObject() stores what the transport can carry; ReadRemoteObject() validates the
+//    marker and the index and hands the reading thread's process its own view of the object: the
+//    object itself in the process that owns it, a proxy elsewhere.
 //  - An interface token is a string16 holding the interface descriptor.
 
 #include <cstdint>
@@ -21,6 +22,19 @@
 #include "refbase.h"
 
 namespace Tarvo {
+
+// A remote object as a parcel carries it; what the value means is the transport's business.
+struct WireObject {
+    enum Kind : uint32_t {
+        NONE = 0,
+        LOCAL = 1,   // an object of the writing process: its cookie there
+        HANDLE = 2,  // an object of another process: the writing process's handle for it
+    };
+    uint32_t kind = NONE;
+    uint64_t value = 0;
+
+    bool operator==(const WireObject&) const = default;
+};
 
 class MessageParcel : public Parcel {
 public:
@@ -48,8 +62,16 @@ public:
 
     size_t GetObjectCount() const { return objects_.size(); }
 
+    // For transports: the object table as written, and the table of a parcel that arrived.
+    struct ObjectEntry {
+        WireObject wire;
+        sptr<IRemoteObject> hold;  // keeps the object (or its handle) alive while the parcel lives
+    };
+    const std::vector<ObjectEntry>& GetObjects() const { return objects_; }
+    void SetObjects(std::vector<ObjectEntry> objects) { objects_ = std::move(objects); }
+
 private:
-    std::vector<sptr<IRemoteObject>> objects_;
+    std::vector<ObjectEntry> objects_;
 };
 
 }  // namespace Tarvo

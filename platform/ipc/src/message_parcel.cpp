@@ -43,7 +43,7 @@ bool MessageParcel::WriteRemoteObject(const sptr<IRemoteObject>& object)
         RewindWrite(start);
         return false;
     }
-    objects_.push_back(std::move(flat));
+    objects_.push_back({WireObject{}, std::move(flat)});
     return true;
 }
 
@@ -56,7 +56,7 @@ sptr<IRemoteObject> MessageParcel::ReadRemoteObject()
         RewindRead(start);
         return nullptr;
     }
-    return IPCDriver::GetInstance().UnflattenObject(objects_[index]);
+    return IPCDriver::GetInstance().UnflattenObject(objects_[index].hold);
 }
 
 }  // namespace Tarvo

@@ -1,8 +1,7 @@
 #include "ipc_skeleton.h"
 
 #include "calling_context.h"
-#include "ipc_driver.h"
-#include "virtual_process.h"
+#include "ipc_transport.h"
 
 namespace Tarvo {
 namespace {
@@ -12,7 +11,7 @@ ProcessIdentity CallingIdentity()
     if (const ProcessIdentity* caller = CallingContext::RemoteCaller()) {
         return *caller;
     }
-    return VirtualProcess::Current()->Identity();
+    return IPCTransport::Get().CurrentSession()->Identity();
 }
 }  // namespace
 
@@ -38,7 +37,7 @@ uint64_t IPCSkeleton::GetCallingFullTokenID()
 
 uint32_t IPCSkeleton::GetSelfTokenID()
 {
-    return VirtualProcess::Current()->Identity().tokenId;
+    return IPCTransport::Get().CurrentSession()->Identity().tokenId;
 }
 
 bool IPCSkeleton::IsLocalCalling()
@@ -48,12 +47,12 @@ bool IPCSkeleton::IsLocalCalling()
 
 sptr<IRemoteObject> IPCSkeleton::GetContextObject()
 {
-    return IPCDriver::GetInstance().GetContextObject();
+    return IPCTransport::Get().GetContextObject();
 }
 
 bool IPCSkeleton::SetContextObject(const sptr<IRemoteObject>& object)
 {
-    return IPCDriver::GetInstance().SetContextObject(object);
+    return IPCTransport::Get().SetContextObject(object);
 }
 
 }  // namespace Tarvo

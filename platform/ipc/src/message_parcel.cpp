@@ -1,6 +1,6 @@
 #include "message_parcel.h"
 
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 
 namespace Tarvo {
 
@@ -34,8 +34,8 @@ bool MessageParcel::WriteRemoteObject(const sptr<IRemoteObject>& object)
     if (object == nullptr) {
         return false;
     }
-    sptr<IRemoteObject> flat = IPCDriver::GetInstance().FlattenObject(object);
-    if (flat == nullptr) {
+    WireObject wire;
+    if (!IPCTransport::Get().FlattenObject(object, wire)) {
         return false;
     }
     size_t start = GetWritePosition();
@@ -43,7 +43,7 @@ bool MessageParcel::WriteRemoteObject(const sptr<IRemoteObject>& object)
         RewindWrite(start);
         return false;
     }
-    objects_.push_back({WireObject{}, std::move(flat)});
+    objects_.push_back({wire, object});
     return true;
 }
 
@@ -56,7 +56,7 @@ sptr<IRemoteObject> MessageParcel::ReadRemoteObject()
         RewindRead(start);
         return nullptr;
     }
-    return IPCDriver::GetInstance().UnflattenObject(objects_[index].hold);
+    return IPCTransport::Get().UnflattenObject(objects_[index].wire);
 }
 
 }  // namespace Tarvo

@@ -30,20 +30,13 @@
 #include <thread>
 #include <vector>
 
+#include "process_session.h"
 #include "sequencer.h"
 #include "work_tracker.h"
 
 namespace Tarvo {
 
-struct ProcessIdentity {
-    int32_t pid = 0;
-    int32_t uid = 0;
-    uint32_t tokenId = 0;
-    uint64_t fullTokenId = 0;
-    std::string name;
-};
-
-class VirtualProcess : public std::enable_shared_from_this<VirtualProcess> {
+class VirtualProcess : public ProcessSession, public std::enable_shared_from_this<VirtualProcess> {
 public:
     static constexpr size_t kMaxThreads = 16;
     using KillObserver = std::function<void(VirtualProcess& killed)>;
@@ -51,17 +44,20 @@ public:
     static std::shared_ptr<VirtualProcess> Create(ProcessIdentity identity);
     // The process the calling thread works for.
     static std::shared_ptr<VirtualProcess> Current();
-    // The process of threads nobody assigned: the real process itself, a native process.
+    // The process of threads nobody assigned: the real process itself, a native process unless
+    // SetHostIdentity() said otherwise.
     static std::shared_ptr<VirtualProcess> Host();
+    // The identity the host process takes; false once Host() has been used.
+    static bool SetHostIdentity(ProcessIdentity identity);
 
     VirtualProcess(const VirtualProcess&) = delete;
     VirtualProcess& operator=(const VirtualProcess&) = delete;
-    ~VirtualProcess();
+    ~VirtualProcess() override;
 
-    const ProcessIdentity& Identity() const { return identity_; }
+    const ProcessIdentity& Identity() const override { return identity_; }
     int32_t Pid() const { return identity_.pid; }
     const std::string& Name() const { return identity_.name; }
-    bool IsAlive() const;
+    bool IsAlive() const override;
 
     void Kill();
     bool Post(std::function<void()> work);

@@ -243,6 +243,13 @@ int32_t Device::ServicePid() const
     return serviceProcess_ != nullptr ? serviceProcess_->Pid() : 0;
 }
 
+void Device::Shutdown()
+{
+    if (host_ != nullptr) {
+        host_->StopAbilities();
+    }
+}
+
 std::string Device::Failure() const
 {
     return failure_;

@@ -36,8 +36,10 @@ public:
     ServingDevice(const ServingDevice&) = delete;
     ServingDevice& operator=(const ServingDevice&) = delete;
 
-    // Listens at `socketPath` and answers until Stop(); false with the reason if it cannot listen.
-    bool Serve(const std::string& socketPath, std::string* error);
+    // Listens at `socketPath`; false with the reason if it cannot.
+    bool Listen(const std::string& socketPath, std::string* error);
+    // Answers until Stop(), then removes the socket.
+    void Serve();
     void Stop();
 
 private:
@@ -55,6 +57,8 @@ private:
     CommandExecutor executor_;
     std::atomic<bool> stopping_{false};
     int wake_[2] = {-1, -1};
+    int listener_ = -1;
+    std::string socketPath_;
 
     std::mutex playMutex_;  // one client's lines at a time
     ExpectChecker checker_;

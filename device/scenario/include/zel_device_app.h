@@ -47,9 +47,6 @@ public:
     // How a serving device learns of SIGINT and SIGTERM: called with the function to call then,
     // and with an empty one when it no longer serves.
     void SetInterruptHook(std::function<void(std::function<void(int)>)> hook) { interruptHook_ = std::move(hook); }
-    // The run folder a serving device uses unless told: $XDG_RUNTIME_DIR/zel_device, else one
-    // under the temporary directory.
-    static std::string DefaultRunDir();
     bool DeviceAbandoned() const { return abandoned_; }
 
 private:

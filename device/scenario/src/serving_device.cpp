@@ -68,13 +68,21 @@ void ServingDevice::Stop()
     }
 }
 
-bool ServingDevice::Serve(const std::string& socketPath, std::string* error)
+bool ServingDevice::Listen(const std::string& socketPath, std::string* error)
 {
-    int listener = ControlChannel::Listen(socketPath, error);
-    if (listener < 0 || wake_[0] < 0) {
+    if (wake_[0] < 0) {
+        *error = "no wake-up pipe could be made";
         return false;
     }
-    while (!stopping_) {
+    listener_ = ControlChannel::Listen(socketPath, error);
+    socketPath_ = socketPath;
+    return listener_ >= 0;
+}
+
+void ServingDevice::Serve()
+{
+    const int listener = listener_;
+    while (listener >= 0 && !stopping_) {
         pollfd fds[2] = {{listener, POLLIN, 0}, {wake_[0], POLLIN, 0}};
         if (poll(fds, 2, -1) < 0 && errno != EINTR) {
             break;
@@ -99,10 +107,12 @@ bool ServingDevice::Serve(const std::string& socketPath, std::string* error)
                             }),
                             done});
     }
-    close(listener);
-    unlink(socketPath.c_str());
+    if (listener >= 0) {
+        close(listener);
+        unlink(socketPath_.c_str());
+        listener_ = -1;
+    }
     ReapClients(true);
-    return true;
 }
 
 void ServingDevice::ReapClients(bool all)

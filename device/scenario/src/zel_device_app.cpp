@@ -14,6 +14,7 @@
 #include "input_text.h"
 #include "jsonl_writer.h"
 #include "scenario_parser.h"
+#include "run_dir.h"
 #include "serving_device.h"
 #include "timeline_writer.h"
 #include "virtual_clock.h"
@@ -22,20 +23,10 @@ namespace Tarvo::Emu {
 namespace {
 std::string SocketPath(const CommandLine& line)
 {
-    return (std::filesystem::path(line.dir.value_or(ZelDeviceApp::DefaultRunDir())) / ControlChannel::kSocketName)
-        .string();
+    return line.dir.value_or(RunDir::DefaultPath()) + "/" + ControlChannel::kSocketName;
 }
 }  // namespace
 
-std::string ZelDeviceApp::DefaultRunDir()
-{
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    if (runtime != nullptr && *runtime == '/') {
-        return (std::filesystem::path(runtime) / "zel_device").string();
-    }
-    std::error_code ignored;
-    return (std::filesystem::temp_directory_path(ignored) / ("zel_device-" + std::to_string(getuid()))).string();
-}
 
 ZelDeviceApp::ZelDeviceApp(DeviceFactory factory, std::ostream& out, std::ostream& err)
     : factory_(std::move(factory)), out_(out), err_(err)
@@ -192,12 +183,10 @@ int ZelDeviceApp::Send(const CommandLine& line)
 
 int ZelDeviceApp::Serve(const CommandLine& line)
 {
-    const std::string runDir = line.dir.value_or(DefaultRunDir());
-    std::error_code failed;
-    std::filesystem::create_directories(runDir, failed);
-    std::filesystem::permissions(runDir, std::filesystem::perms::owner_all, failed);
-    if (failed) {
-        err_ << "zel_device: cannot make the run folder " << Shown(runDir) << ": " << failed.message() << '\n';
+    std::string error;
+    std::unique_ptr<RunDir> runDir = RunDir::Open(line.dir.value_or(RunDir::DefaultPath()), &error);
+    if (runDir == nullptr) {
+        err_ << "zel_device: " << error << '\n';
         return EXIT_DEVICE_FAILED;
     }
     DeviceOptions options;
@@ -207,24 +196,23 @@ int ZelDeviceApp::Serve(const CommandLine& line)
     options.realtime = true;
     options.log = line.log;
     device_ = factory_(options);
-    std::string error;
     if (device_ == nullptr || (line.config && !device_->UseConfig(*line.config, &error)) || !device_->Boot(&error)) {
         return Failed(error.empty() ? "the device could not be made" : error);
     }
     ServingDevice serving(*device_, VirtualClock::kDefaultQuietLimit);
+    if (!serving.Listen(runDir->Path() + "/" + ControlChannel::kSocketName, &error)) {
+        return Failed(error);
+    }
     if (interruptHook_) {
         interruptHook_([&serving](int) { serving.Stop(); });
     }
-    out_ << "zel_device: serving in " << runDir << '\n';
-    out_.flush();
-    const bool served = serving.Serve((std::filesystem::path(runDir) / ControlChannel::kSocketName).string(), &error);
+    // Said once the device answers: whoever started it may go on from here.
+    out_ << "zel_device: serving in " << runDir->Path() << std::endl;
+    serving.Serve();
     if (interruptHook_) {
         interruptHook_(nullptr);
     }
     device_->Shutdown();
-    if (!served) {
-        return Failed(error);
-    }
     return EXIT_OK;
 }
 

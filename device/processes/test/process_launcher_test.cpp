@@ -227,7 +227,9 @@ LaunchSpec Stubborn(Pipe& input, Pipe& ready)
 TEST(ProcessLauncherTest, TerminateEscalatesToSigkillAfterTheGrace)
 {
     Pipe input;
-    auto polite = StartOrFail(Shell("read line"));
+    LaunchSpec politeSpec = Shell("read line");
+    politeSpec.fds = {{0, input.read}};
+    auto polite = StartOrFail(politeSpec);
     ASSERT_NE(polite, nullptr);
     EXPECT_EQ(polite->Terminate(std::chrono::seconds(10)).Describe(), "killed by SIGTERM");
 

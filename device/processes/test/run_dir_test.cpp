@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 
 namespace Tarvo::Emu {
@@ -39,11 +40,22 @@ protected:
         std::string name = fs::temp_directory_path().string() + "/run_dir_test-XXXXXX";
         ASSERT_NE(mkdtemp(name.data()), nullptr);
         base_ = name;
+        const char* tmpdir = getenv("TMPDIR");
+        savedTmpdir_ = tmpdir != nullptr ? std::optional<std::string>(tmpdir) : std::nullopt;
         setenv("TMPDIR", base_.c_str(), 1);
     }
-    void TearDown() override { fs::remove_all(base_); }
+    void TearDown() override
+    {
+        if (savedTmpdir_) {
+            setenv("TMPDIR", savedTmpdir_->c_str(), 1);
+        } else {
+            unsetenv("TMPDIR");
+        }
+        fs::remove_all(base_);
+    }
 
     std::string base_;
+    std::optional<std::string> savedTmpdir_;
     std::string error_;
 };
 

@@ -2,10 +2,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <limits.h>
 #include <poll.h>
 #include <signal.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,50 +19,24 @@ void PrintTo(const ExitStatus& status, std::ostream* out)
 
 namespace {
 namespace fs = std::filesystem;
+const ExitStatus kSuccess{false, 0, 0};
 
 struct Pipe {
-    int read = -1;
-    int write = -1;
-    Pipe()
-    {
-        int fds[2];
-        EXPECT_EQ(pipe2(fds, O_CLOEXEC), 0);
-        read = fds[0];
-        write = fds[1];
-    }
-    ~Pipe()
-    {
-        CloseRead();
-        CloseWrite();
-    }
-    void CloseRead() { Close(read); }
-    void CloseWrite() { Close(write); }
-    static void Close(int& fd)
-    {
-        if (fd >= 0) {
-            close(fd);
-        }
-        fd = -1;
-    }
-    // Everything up to end of file (every writer gone).
-    std::string ReadAll()
+    int fds[2] = {-1, -1};
+    Pipe() { EXPECT_EQ(pipe2(fds, O_CLOEXEC), 0); }
+    ~Pipe() { close(fds[0]), close(fds[1]); }
+    int In() const { return fds[1]; }
+    int Out() const { return fds[0]; }
+    void CloseIn() { close(fds[1]), fds[1] = -1; }
+    // Up to the end of the line, or of the file (every writer gone) when `stop` is 0.
+    std::string Read(char stop = 0)
     {
         std::string text;
-        char buffer[256];
-        ssize_t n = 0;
-        while ((n = ::read(read, buffer, sizeof(buffer))) > 0) {
-            text.append(buffer, n);
+        char c = 0;
+        while (read(fds[0], &c, 1) == 1 && (stop == 0 || c != stop)) {
+            text += c;
         }
         return text;
-    }
-    std::string ReadLine()
-    {
-        std::string line;
-        char c = 0;
-        while (::read(read, &c, 1) == 1 && c != '\n') {
-            line += c;
-        }
-        return line;
     }
 };
 
@@ -76,12 +48,20 @@ std::string PipeName(int fd)
     return "pipe:[" + std::to_string(st.st_ino) + "]";
 }
 
-LaunchSpec Shell(const std::string& script)
+LaunchSpec Shell(const std::string& script, std::vector<std::pair<int, int>> fds = {})
 {
-    LaunchSpec spec;
-    spec.path = "/bin/sh";
-    spec.argv = {"sh", "-c", script};
-    return spec;
+    return LaunchSpec{"/bin/sh", {"sh", "-c", script}, {}, std::move(fds), nullptr};
+}
+
+LaunchSpec Program(const std::string& path)
+{
+    return LaunchSpec{path, {}, {}, {}, nullptr};
+}
+
+// Ignores SIGTERM, says so on fd 3, then waits on its stdin.
+LaunchSpec Stubborn(Pipe& input, Pipe& ready)
+{
+    return Shell("trap '' TERM; echo ready >&3; read line", {{0, input.Out()}, {3, ready.In()}});
 }
 
 std::unique_ptr<ChildProcess> StartOrFail(const LaunchSpec& spec)
@@ -98,13 +78,12 @@ TEST(ProcessLauncherTest, ChildIsRegisteredBeforeItRunsAnything)
     LaunchSpec spec = Shell("test \"$(cat " + file + ")\" = \"$$\"");
     pid_t registered = 0;
     spec.registerChild = [&](pid_t pid) {
-        registered = pid;
-        std::ofstream(file) << pid;
+        std::ofstream(file) << (registered = pid);
         return true;
     };
     auto child = StartOrFail(spec);
     ASSERT_NE(child, nullptr);
-    EXPECT_EQ(child->Wait(), (ExitStatus{false, 0, 0}));
+    EXPECT_EQ(child->Wait(), kSuccess);
     EXPECT_EQ(registered, child->Pid());
     fs::remove(file);
 }
@@ -116,7 +95,7 @@ TEST(ProcessLauncherTest, ExitCodesAndSignalsAreReported)
         ExitStatus status;
         const char* text;
     } cases[] = {
-        {"exit 0", {false, 0, 0}, "exit 0"},
+        {"exit 0", kSuccess, "exit 0"},
         {"exit 3", {false, 3, 0}, "exit 3"},
         {"kill -KILL $$", {true, 0, SIGKILL}, "killed by SIGKILL"},
         {"kill -SEGV $$", {true, 0, SIGSEGV}, "killed by SIGSEGV"},
@@ -124,10 +103,8 @@ TEST(ProcessLauncherTest, ExitCodesAndSignalsAreReported)
     for (const auto& c : cases) {
         auto child = StartOrFail(Shell(c.script));
         ASSERT_NE(child, nullptr);
-        const ExitStatus status = child->Wait();
-        EXPECT_EQ(status, c.status) << c.script;
-        EXPECT_EQ(status.Describe(), c.text);
-        EXPECT_EQ(child->Poll(), c.status) << "a reaped child keeps its status";
+        EXPECT_EQ(child->Wait(), c.status) << c.script;
+        EXPECT_EQ(child->Poll()->Describe(), c.text) << "a reaped child keeps its status";
         EXPECT_FALSE(child->Kill(SIGKILL)) << "no signal once reaped";
     }
 }
@@ -135,9 +112,7 @@ TEST(ProcessLauncherTest, ExitCodesAndSignalsAreReported)
 TEST(ProcessLauncherTest, RunningChildIsPolledWithoutWaitingAndKilled)
 {
     Pipe input;
-    LaunchSpec spec = Shell("read line");
-    spec.fds = {{0, input.read}};
-    auto child = StartOrFail(spec);
+    auto child = StartOrFail(Shell("read line", {{0, input.Out()}}));
     ASSERT_NE(child, nullptr);
     EXPECT_EQ(child->Poll(), std::nullopt);
 
@@ -148,95 +123,71 @@ TEST(ProcessLauncherTest, RunningChildIsPolledWithoutWaitingAndKilled)
     EXPECT_EQ(child->Poll(), (ExitStatus{true, 0, SIGKILL}));
 }
 
-TEST(ProcessLauncherTest, ProgramThatCannotBeExecutedIsReported)
+TEST(ProcessLauncherTest, ChildThatCannotStartIsReportedAndReaped)
 {
     const std::string plain = fs::temp_directory_path().string() + "/launcher_plain_" + std::to_string(getpid());
     std::ofstream(plain) << "not a program";
     chmod(plain.c_str(), 0600);
+    Pipe output;
+    LaunchSpec refused = Shell("echo ran >&3", {{3, output.In()}});
+    refused.registerChild = [](pid_t) { return false; };
+    LaunchSpec badEnvironment = Shell("");
+    badEnvironment.env = {"=x"};
     const struct {
-        std::string path;
+        LaunchSpec spec;
         std::string error;
     } cases[] = {
-        {"/nonexistent/zel_program", "cannot start /nonexistent/zel_program: No such file or directory"},
-        {plain, "cannot start " + plain + ": Permission denied"},
+        {Program("/nonexistent/zel_program"), "cannot start /nonexistent/zel_program: No such file or directory"},
+        {Program(plain), "cannot start " + plain + ": Permission denied"},
+        {refused, "cannot start /bin/sh: registration refused"},
+        {badEnvironment, "cannot start /bin/sh: bad environment entry \"=x\""},
+        {Shell("", {{10, 1}}), "cannot start /bin/sh: bad descriptor 10 <- 1"},
+        {Shell("", {{3, 1}, {3, 2}}), "cannot start /bin/sh: bad descriptor 3 <- 2"},
     };
     for (const auto& c : cases) {
-        LaunchSpec spec;
-        spec.path = c.path;
         std::string error;
-        EXPECT_EQ(ProcessLauncher::Start(spec, &error), nullptr);
+        EXPECT_EQ(ProcessLauncher::Start(c.spec, &error), nullptr);
         EXPECT_EQ(error, c.error);
     }
     fs::remove(plain);
+    output.CloseIn();
+    EXPECT_EQ(output.Read(), "") << "a refused child never runs";
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no child left unreaped";
-}
-
-TEST(ProcessLauncherTest, RefusedRegistrationStopsTheChildBeforeItRuns)
-{
-    Pipe output;
-    LaunchSpec spec = Shell("echo ran >&3");
-    spec.fds = {{3, output.write}};
-    spec.registerChild = [](pid_t) { return false; };
-    std::string error;
-    EXPECT_EQ(ProcessLauncher::Start(spec, &error), nullptr);
-    EXPECT_EQ(error, "cannot start /bin/sh: registration refused");
-    output.CloseWrite();
-    EXPECT_EQ(output.ReadAll(), "");
 }
 
 TEST(ProcessLauncherTest, ChildGetsItsArgumentsEnvironmentAndOnlyTheGivenDescriptors)
 {
     setenv("ZEL_LAUNCH_A", "old", 1);
     Pipe output;
-    Pipe stray;  // open in the parent, not given
-    fcntl(stray.write, F_SETFD, 0);
+    Pipe stray;  // inheritable in the parent, but not given
+    fcntl(stray.In(), F_SETFD, 0);
     LaunchSpec spec = Shell(
         "echo \"$0 $ZEL_LAUNCH_A $ZEL_LAUNCH_B\" >&3; for f in /proc/$$/fd/*; do readlink $f; done >&3 2>/dev/null; "
-        "exit 0");
+        "exit 0",
+        {{3, output.In()}});
     spec.argv.push_back("name0");
     spec.env = {"ZEL_LAUNCH_A=new", "ZEL_LAUNCH_B=b"};
-    spec.fds = {{3, output.write}};
     auto child = StartOrFail(spec);
     ASSERT_NE(child, nullptr);
-    output.CloseWrite();
-    stray.CloseWrite();
-    const std::string seen = output.ReadAll();
+    output.CloseIn();
+    const std::string seen = output.Read();
     EXPECT_EQ(seen.substr(0, seen.find('\n')), "name0 new b");
-    EXPECT_NE(seen.find(PipeName(output.read)), std::string::npos) << seen;
-    EXPECT_EQ(seen.find(PipeName(stray.read)), std::string::npos) << seen;
-    EXPECT_EQ(child->Wait(), (ExitStatus{false, 0, 0}));
-
-    std::string error;
-    spec.env = {"=x"};
-    EXPECT_EQ(ProcessLauncher::Start(spec, &error), nullptr);
-    EXPECT_EQ(error, "cannot start /bin/sh: bad environment entry \"=x\"");
-    spec.env.clear();
-    spec.fds = {{LaunchSpec::kMaxChildFd + 1, output.read}};
-    EXPECT_EQ(ProcessLauncher::Start(spec, &error), nullptr);
-    EXPECT_EQ(error, "cannot start /bin/sh: bad descriptor 10 <- " + std::to_string(output.read));
-}
-
-// A child that ignores SIGTERM and says so on fd 3, then waits on its stdin.
-LaunchSpec Stubborn(Pipe& input, Pipe& ready)
-{
-    LaunchSpec spec = Shell("trap '' TERM; echo ready >&3; read line");
-    spec.fds = {{0, input.read}, {3, ready.write}};
-    return spec;
+    EXPECT_NE(seen.find(PipeName(output.Out())), std::string::npos) << seen;
+    EXPECT_EQ(seen.find(PipeName(stray.Out())), std::string::npos) << seen;
+    EXPECT_EQ(child->Wait(), kSuccess);
 }
 
 TEST(ProcessLauncherTest, TerminateEscalatesToSigkillAfterTheGrace)
 {
     Pipe input;
-    LaunchSpec politeSpec = Shell("read line");
-    politeSpec.fds = {{0, input.read}};
-    auto polite = StartOrFail(politeSpec);
+    auto polite = StartOrFail(Shell("read line", {{0, input.Out()}}));
     ASSERT_NE(polite, nullptr);
     EXPECT_EQ(polite->Terminate(std::chrono::seconds(10)).Describe(), "killed by SIGTERM");
 
     Pipe ready;
     auto stubborn = StartOrFail(Stubborn(input, ready));
     ASSERT_NE(stubborn, nullptr);
-    ASSERT_EQ(ready.ReadLine(), "ready");
+    ASSERT_EQ(ready.Read('\n'), "ready");
     EXPECT_EQ(stubborn->Terminate(std::chrono::milliseconds(20)).Describe(), "killed by SIGKILL");
 }
 
@@ -244,27 +195,27 @@ TEST(ProcessLauncherTest, ChildrenStillRunningAreStoppedWhenTheParentExits)
 {
     Pipe input;
     Pipe ready;
-    Pipe alive;  // its write end lives only in the grandchild (and the parent until it exits)
+    Pipe alive;  // written only by the grandchild (and the parent until it exits)
     const pid_t parent = fork();
     ASSERT_GE(parent, 0);
     if (parent == 0) {
         ProcessLauncher::SetStopGrace(std::chrono::milliseconds(20));
         LaunchSpec spec = Stubborn(input, ready);
-        spec.fds.push_back({4, alive.write});
+        spec.fds.push_back({4, alive.In()});
         std::string error;
-        // Kept from any destructor, so only the exit handling can stop it.
+        // Out of reach of any destructor: only the exit handling can stop it.
         static ChildProcess* running = ProcessLauncher::Start(spec, &error).release();
-        if (running == nullptr || ready.ReadLine() != "ready") {
+        if (running == nullptr || ready.Read('\n') != "ready") {
             _exit(2);
         }
-        exit(0);  // the exit handling stops what is still running
+        exit(0);
     }
-    alive.CloseWrite();
-    ready.CloseWrite();
+    alive.CloseIn();
+    ready.CloseIn();
     int status = 0;
     ASSERT_EQ(waitpid(parent, &status, 0), parent);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-    EXPECT_EQ(alive.ReadAll(), "") << "end of file: the grandchild is gone";
+    EXPECT_EQ(alive.Read(), "") << "end of file: the grandchild is gone";
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <sstream>
 
 namespace Tarvo::Emu {
@@ -16,15 +15,9 @@ namespace fs = std::filesystem;
 
 std::string ReadFile(const std::string& path)
 {
-    std::ifstream in(path);
     std::stringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path).rdbuf();
     return text.str();
-}
-
-void WriteFile(const std::string& path, const std::string& text)
-{
-    std::ofstream(path) << text;
 }
 
 mode_t ModeOf(const std::string& path)
@@ -35,110 +28,92 @@ mode_t ModeOf(const std::string& path)
 
 class RunDirTest : public testing::Test {
 protected:
+    // Every test runs in a process of its own: the temporary directory may stay changed.
     void SetUp() override
     {
         std::string name = fs::temp_directory_path().string() + "/run_dir_test-XXXXXX";
         ASSERT_NE(mkdtemp(name.data()), nullptr);
         base_ = name;
-        const char* tmpdir = getenv("TMPDIR");
-        savedTmpdir_ = tmpdir != nullptr ? std::optional<std::string>(tmpdir) : std::nullopt;
+        path_ = base_ + "/device";
         setenv("TMPDIR", base_.c_str(), 1);
     }
-    void TearDown() override
-    {
-        if (savedTmpdir_) {
-            setenv("TMPDIR", savedTmpdir_->c_str(), 1);
-        } else {
-            unsetenv("TMPDIR");
-        }
-        fs::remove_all(base_);
-    }
+    void TearDown() override { fs::remove_all(base_); }
 
     std::string base_;
-    std::optional<std::string> savedTmpdir_;
+    std::string path_;
     std::string error_;
 };
 
 TEST_F(RunDirTest, MakesAPrivateLockedFolderAndRemovesItWhenDone)
 {
-    const std::string path = base_ + "/device";
-    {
-        auto dir = RunDir::Open(path, &error_);
-        ASSERT_NE(dir, nullptr) << error_;
-        EXPECT_EQ(dir->Path(), path);
-        EXPECT_EQ(ModeOf(path), 0700u);
-        EXPECT_EQ(ModeOf(dir->SocketDir()), 0700u);
-        EXPECT_EQ(ModeOf(dir->RegistryDir()), 0700u);
-        EXPECT_EQ(ReadFile(dir->LockPath()), std::to_string(getpid()) + "\n");
+    auto dir = RunDir::Open(path_, &error_);
+    ASSERT_NE(dir, nullptr) << error_;
+    EXPECT_EQ(dir->Path(), path_);
+    for (const std::string& folder : {path_, dir->SocketDir(), dir->RegistryDir()}) {
+        EXPECT_EQ(ModeOf(folder), 0700u) << folder;
     }
-    EXPECT_FALSE(fs::exists(path));
+    EXPECT_EQ(ReadFile(dir->LockPath()), std::to_string(getpid()) + "\n");
+    dir.reset();
+    EXPECT_FALSE(fs::exists(path_));
 
-    auto kept = RunDir::Open(path, &error_);
-    ASSERT_NE(kept, nullptr) << error_;
-    kept->Keep();
-    kept.reset();
-    EXPECT_TRUE(fs::exists(base_ + "/device/lock"));
+    dir = RunDir::Open(path_, &error_);
+    ASSERT_NE(dir, nullptr) << error_;
+    dir->Keep();
+    dir.reset();
+    EXPECT_TRUE(fs::exists(path_ + "/lock"));
 }
 
 TEST_F(RunDirTest, SecondDeviceOnTheSameFolderIsRefusedUntilTheFirstLeaves)
 {
-    const std::string path = base_ + "/device";
-    auto first = RunDir::Open(path, &error_);
+    auto first = RunDir::Open(path_, &error_);
     ASSERT_NE(first, nullptr) << error_;
-
-    EXPECT_EQ(RunDir::Open(path, &error_), nullptr);
-    EXPECT_EQ(error_, "run folder " + path + " is in use by another device (pid " + std::to_string(getpid()) + ")");
-    EXPECT_TRUE(fs::exists(first->LockPath()));
+    EXPECT_EQ(RunDir::Open(path_, &error_), nullptr);
+    EXPECT_EQ(error_, "run folder " + path_ + " is in use by another device (pid " + std::to_string(getpid()) + ")");
+    EXPECT_TRUE(fs::exists(first->LockPath())) << "the refused one removed nothing";
 
     first->Remove();
-    EXPECT_FALSE(fs::exists(path));
-    EXPECT_NE(RunDir::Open(path, &error_), nullptr) << error_;
+    EXPECT_FALSE(fs::exists(path_));
+    EXPECT_NE(RunDir::Open(path_, &error_), nullptr) << error_;
 }
 
 TEST_F(RunDirTest, StaleFolderOfADeadDeviceIsTakenOverAndEmptied)
 {
-    const std::string path = base_ + "/device";
-    fs::create_directories(path + "/sock");
-    fs::create_directories(path + "/registry");
-    WriteFile(path + "/lock", "4000000\n");  // nobody holds its lock any more
-    WriteFile(path + "/sock/1001", "");
-    WriteFile(path + "/registry/1234", "old identity");
-    WriteFile(path + "/samgr", "");
-
-    auto dir = RunDir::Open(path, &error_);
+    fs::create_directories(path_ + "/sock");
+    fs::create_directories(path_ + "/registry");
+    std::ofstream(path_ + "/lock") << "4000000\n";  // nobody holds its lock any more
+    for (const char* stale : {"/sock/1001", "/registry/1234", "/samgr"}) {
+        std::ofstream(path_ + stale) << "old";
+    }
+    auto dir = RunDir::Open(path_, &error_);
     ASSERT_NE(dir, nullptr) << error_;
     EXPECT_EQ(ReadFile(dir->LockPath()), std::to_string(getpid()) + "\n");
     EXPECT_TRUE(fs::is_empty(dir->SocketDir()));
     EXPECT_TRUE(fs::is_empty(dir->RegistryDir()));
     EXPECT_FALSE(fs::exists(dir->ContextSocketPath()));
-
     dir->Remove();
-    EXPECT_FALSE(fs::exists(path));
+    EXPECT_FALSE(fs::exists(path_));
 }
 
 TEST_F(RunDirTest, FolderTheUserMadeKeepsTheirFilesAndLosesOnlyTheDevicesOwn)
 {
-    const std::string path = base_ + "/mine";
-    fs::create_directories(path);
-    chmod(path.c_str(), 0755);
-    WriteFile(path + "/notes.txt", "keep me");
-
-    auto dir = RunDir::Open(path + "/", &error_);
+    fs::create_directories(path_);
+    chmod(path_.c_str(), 0755);
+    std::ofstream(path_ + "/notes.txt") << "keep me";
+    auto dir = RunDir::Open(path_ + "/", &error_);
     ASSERT_NE(dir, nullptr) << error_;
-    EXPECT_EQ(dir->Path(), path);
-    EXPECT_EQ(ModeOf(path), 0700u);
-    WriteFile(dir->ContextSocketPath(), "");
+    EXPECT_EQ(dir->Path(), path_);
+    EXPECT_EQ(ModeOf(path_), 0700u);
+    std::ofstream(dir->ContextSocketPath()) << "";
     dir.reset();
-
-    EXPECT_EQ(ReadFile(path + "/notes.txt"), "keep me");
-    EXPECT_EQ(std::distance(fs::directory_iterator(path), fs::directory_iterator()), 1);
+    EXPECT_EQ(ReadFile(path_ + "/notes.txt"), "keep me");
+    EXPECT_EQ(std::distance(fs::directory_iterator(path_), fs::directory_iterator()), 1);
 }
 
 TEST_F(RunDirTest, UnusableFoldersAreRefusedWithTheReason)
 {
     fs::create_directories(base_ + "/real");
     fs::create_symlink(base_ + "/real", base_ + "/link");
-    WriteFile(base_ + "/file", "");
+    std::ofstream(base_ + "/file") << "";
     const std::string tooLong = base_ + "/" + std::string(RunDir::kMaxPathLength, 'x');
     const struct {
         std::string path;
@@ -151,7 +126,6 @@ TEST_F(RunDirTest, UnusableFoldersAreRefusedWithTheReason)
         {tooLong, "run folder " + tooLong + ": path longer than 90 bytes"},
     };
     for (const auto& c : cases) {
-        error_.clear();
         EXPECT_EQ(RunDir::Open(c.path, &error_), nullptr) << c.path;
         EXPECT_EQ(error_, c.error);
     }
@@ -167,8 +141,7 @@ TEST_F(RunDirTest, DefaultAndTemporaryFoldersFollowTheEnvironment)
 
     auto first = RunDir::OpenTemporary(&error_);
     auto second = RunDir::OpenTemporary(&error_);
-    ASSERT_NE(first, nullptr) << error_;
-    ASSERT_NE(second, nullptr) << error_;
+    ASSERT_TRUE(first && second) << error_;
     EXPECT_NE(first->Path(), second->Path());
     EXPECT_EQ(fs::path(first->Path()).parent_path(), base_);
     EXPECT_EQ(ModeOf(first->Path()), 0700u);

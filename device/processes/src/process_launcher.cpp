@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <string.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -117,7 +118,8 @@ void BuildImage(const LaunchSpec& spec, ExecImage* image)
     sigprocmask(SIG_SETMASK, &none, nullptr);
     // Everything above the given descriptors moves out of their way and closes at exec.
     const int low = LaunchSpec::kMaxChildFd + 1;
-    const int report = reportFd >= low ? reportFd : fcntl(reportFd, F_DUPFD_CLOEXEC, low);
+    const int moved = reportFd >= low ? reportFd : fcntl(reportFd, F_DUPFD_CLOEXEC, low);
+    const int report = moved >= 0 ? moved : reportFd;
     for (size_t i = 0; i < image.fds.size(); ++i) {
         image.moved[i] = fcntl(image.fds[i].second, F_DUPFD_CLOEXEC, low);
         if (image.moved[i] < 0) {
@@ -275,7 +277,8 @@ std::unique_ptr<ChildProcess> ProcessLauncher::Start(const LaunchSpec& spec, std
     BuildImage(spec, &image);
     int go[2] = {-1, -1};
     int report[2] = {-1, -1};
-    if (pipe2(go, O_CLOEXEC) != 0 || pipe2(report, O_CLOEXEC) != 0) {
+    // A socket for the go-ahead: sending to a child killed meanwhile must not raise SIGPIPE here.
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, go) != 0 || pipe2(report, O_CLOEXEC) != 0) {
         *error = prefix + strerror(errno);
         if (go[0] >= 0) {
             ClosePair(go);
@@ -314,7 +317,7 @@ bool ProcessLauncher::Release(ChildProcess& child, const LaunchSpec& spec, int g
         return false;
     }
     const char go = 'g';
-    const bool sent = write(goFd, &go, 1) == 1;
+    const bool sent = send(goFd, &go, 1, MSG_NOSIGNAL) == 1;
     close(goFd);
     const int failure = sent ? ReadChildFailure(reportFd) : EPIPE;
     close(reportFd);

@@ -131,6 +131,11 @@ TEST(ProcessLauncherTest, ChildThatCannotStartIsReportedAndReaped)
     Pipe output;
     LaunchSpec refused = Shell("echo ran >&3", {{3, output.In()}});
     refused.registerChild = [](pid_t) { return false; };
+    LaunchSpec diedFirst = Shell("");
+    diedFirst.registerChild = [](pid_t pid) {
+        siginfo_t info{};
+        return kill(pid, SIGKILL) == 0 && waitid(P_PID, pid, &info, WEXITED | WNOWAIT) == 0;
+    };
     LaunchSpec badEnvironment = Shell("");
     badEnvironment.env = {"=x"};
     const struct {
@@ -140,6 +145,7 @@ TEST(ProcessLauncherTest, ChildThatCannotStartIsReportedAndReaped)
         {Program("/nonexistent/zel_program"), "cannot start /nonexistent/zel_program: No such file or directory"},
         {Program(plain), "cannot start " + plain + ": Permission denied"},
         {refused, "cannot start /bin/sh: registration refused"},
+        {diedFirst, "cannot start /bin/sh: Broken pipe"},
         {badEnvironment, "cannot start /bin/sh: bad environment entry \"=x\""},
         {Shell("", {{10, 1}}), "cannot start /bin/sh: bad descriptor 10 <- 1"},
         {Shell("", {{3, 1}, {3, 2}}), "cannot start /bin/sh: bad descriptor 3 <- 2"},

@@ -5,7 +5,7 @@ set -uo pipefail
 device=$1
 work=$(mktemp -d)
 run="$work/run"
-trap 'kill -KILL "${server:-0}" "${follower:-0}" 2>/dev/null; rm -rf "$work"' EXIT
+trap 'kill -KILL "${server:-0}" "${follower:-0}" 2>/dev/null; [ -n "${KEEP:-}" ] || rm -rf "$work"' EXIT
 fail() { echo "serve.sh: $*"; exit 1; }
 
 mkfifo "$work/out"

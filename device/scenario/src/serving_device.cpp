@@ -265,8 +265,9 @@ void ServingDevice::AnswerTrace(ControlChannel& channel, bool follow)
         }
         // Ticks so that a stop or a reader that went is noticed.
         trace.WaitBeyond(sent, kFollowTick);
-        pollfd gone = {channel.Fd(), POLLRDHUP, 0};
-        if (poll(&gone, 1, 0) > 0 && (gone.revents & (POLLRDHUP | POLLHUP | POLLERR)) != 0) {
+        // The reader shut its writing side after the request; a hang-up means it closed altogether.
+        pollfd gone = {channel.Fd(), 0, 0};
+        if (poll(&gone, 1, 0) > 0 && (gone.revents & (POLLHUP | POLLERR)) != 0) {
             return;
         }
     }

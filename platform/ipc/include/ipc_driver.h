@@ -33,6 +33,7 @@
 #include <string>
 #include <vector>
 
+#include "ipc_transport.h"
 #include "iremote_object.h"
 #include "message_option.h"
 #include "message_parcel.h"
@@ -45,18 +46,6 @@ class IPCObjectStub;
 class HandleTable;
 class OneWayQueue;
 class Transaction;
-
-struct TransactionRecord {
-    std::u16string descriptor;
-    uint32_t code = 0;
-    int status = 0;
-    bool oneWay = false;
-    int32_t callerPid = 0;
-    int32_t targetPid = 0;
-    uint64_t tag = 0;
-    // Valid during the observer call only.
-    const MessageParcel* reply = nullptr;
-};
 
 class IPCDriver {
 public:

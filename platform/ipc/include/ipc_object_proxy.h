@@ -34,7 +34,10 @@ public:
     bool AddDeathRecipient(const sptr<DeathRecipient>& recipient) override;
     bool RemoveDeathRecipient(const sptr<DeathRecipient>& recipient) override;
 
-    uint32_t GetHandle() const { return handle_; }
+    uint64_t GetHandle() const { return handle_; }
+
+    // For transports: a proxy for `handle`, which the proxy releases as it goes.
+    static sptr<IPCObjectProxy> Create(uint64_t handle, std::u16string descriptor, bool dead);
 
     // For the driver: marks the proxy dead and hands over the recipients to tell; empty after the
     // first call.
@@ -42,9 +45,9 @@ public:
 
 private:
     friend class HandleTable;
-    IPCObjectProxy(uint32_t handle, std::u16string descriptor, bool dead);
+    IPCObjectProxy(uint64_t handle, std::u16string descriptor, bool dead);
 
-    const uint32_t handle_;
+    const uint64_t handle_;
     mutable std::mutex mutex_;
     bool dead_;
     std::vector<sptr<DeathRecipient>> recipients_;

@@ -4,22 +4,35 @@
 #include <utility>
 
 #include "ipc_driver.h"
+#include "transport_bridge.h"
 
 namespace Tarvo {
 
-IPCObjectProxy::IPCObjectProxy(uint32_t handle, std::u16string descriptor, bool dead)
+IPCObjectProxy::IPCObjectProxy(uint64_t handle, std::u16string descriptor, bool dead)
     : IRemoteObject(std::move(descriptor)), handle_(handle), dead_(dead)
 {
 }
 
+sptr<IPCObjectProxy> IPCObjectProxy::Create(uint64_t handle, std::u16string descriptor, bool dead)
+{
+    return sptr<IPCObjectProxy>(new IPCObjectProxy(handle, std::move(descriptor), dead));
+}
+
 IPCObjectProxy::~IPCObjectProxy()
 {
-    IPCDriver::GetInstance().ReleaseHandle(handle_);
+    if (IPCTransport* transport = InstalledTransport()) {
+        transport->ReleaseHandle(handle_);
+        return;
+    }
+    IPCDriver::GetInstance().ReleaseHandle(static_cast<uint32_t>(handle_));
 }
 
 int IPCObjectProxy::SendRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option)
 {
-    return IPCDriver::GetInstance().Transact(handle_, code, data, reply, option);
+    if (IPCTransport* transport = InstalledTransport()) {
+        return transport->Transact(handle_, code, data, reply, option);
+    }
+    return IPCDriver::GetInstance().Transact(static_cast<uint32_t>(handle_), code, data, reply, option);
 }
 
 bool IPCObjectProxy::IsObjectDead() const

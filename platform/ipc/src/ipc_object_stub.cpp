@@ -3,6 +3,7 @@
 #include "calling_context.h"
 #include "ipc_driver.h"
 #include "ipc_types.h"
+#include "transport_bridge.h"
 
 namespace Tarvo {
 
@@ -22,6 +23,9 @@ int IPCObjectStub::SendRequest(uint32_t code, MessageParcel& data, MessageParcel
     sptr<IPCObjectStub> self = wptr<IPCObjectStub>(this).promote();
     if (self == nullptr) {
         return ERR_INVALID_VALUE;
+    }
+    if (IPCTransport* transport = InstalledTransport()) {
+        return transport->TransactStub(self, code, data, reply, option);
     }
     return IPCDriver::GetInstance().TransactStub(self, code, data, reply, option);
 }

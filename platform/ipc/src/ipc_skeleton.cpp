@@ -2,6 +2,7 @@
 
 #include "calling_context.h"
 #include "ipc_driver.h"
+#include "transport_bridge.h"
 #include "virtual_process.h"
 
 namespace Tarvo {
@@ -48,11 +49,17 @@ bool IPCSkeleton::IsLocalCalling()
 
 sptr<IRemoteObject> IPCSkeleton::GetContextObject()
 {
+    if (IPCTransport* transport = InstalledTransport()) {
+        return transport->GetContextObject();
+    }
     return IPCDriver::GetInstance().GetContextObject();
 }
 
 bool IPCSkeleton::SetContextObject(const sptr<IRemoteObject>& object)
 {
+    if (IPCTransport* transport = InstalledTransport()) {
+        return transport->SetContextObject(object);
+    }
     return IPCDriver::GetInstance().SetContextObject(object);
 }
 

@@ -1,6 +1,7 @@
 #include "message_parcel.h"
 
 #include "ipc_driver.h"
+#include "transport_bridge.h"
 
 namespace Tarvo {
 
@@ -34,6 +35,9 @@ bool MessageParcel::WriteRemoteObject(const sptr<IRemoteObject>& object)
     if (object == nullptr) {
         return false;
     }
+    if (IPCTransport* transport = InstalledTransport()) {
+        return WriteWireObject(*transport, object);
+    }
     sptr<IRemoteObject> flat = IPCDriver::GetInstance().FlattenObject(object);
     if (flat == nullptr) {
         return false;
@@ -47,6 +51,21 @@ bool MessageParcel::WriteRemoteObject(const sptr<IRemoteObject>& object)
     return true;
 }
 
+bool MessageParcel::WriteWireObject(IPCTransport& transport, const sptr<IRemoteObject>& object)
+{
+    WireObject wire;
+    if (!transport.FlattenObject(object, wire)) {
+        return false;
+    }
+    size_t start = GetWritePosition();
+    if (!WriteUint32(kObjectMarker) || !WriteUint32(static_cast<uint32_t>(objects_.size()))) {
+        RewindWrite(start);
+        return false;
+    }
+    objects_.push_back({wire, object});
+    return true;
+}
+
 sptr<IRemoteObject> MessageParcel::ReadRemoteObject()
 {
     size_t start = GetReadPosition();
@@ -55,6 +74,9 @@ sptr<IRemoteObject> MessageParcel::ReadRemoteObject()
     if (!ReadUint32(marker) || marker != kObjectMarker || !ReadUint32(index) || index >= objects_.size()) {
         RewindRead(start);
         return nullptr;
+    }
+    if (IPCTransport* transport = InstalledTransport()) {
+        return transport->UnflattenObject(objects_[index].wire);
     }
     return IPCDriver::GetInstance().UnflattenObject(objects_[index].hold);
 }

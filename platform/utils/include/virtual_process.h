@@ -30,20 +30,13 @@
 #include <thread>
 #include <vector>
 
+#include "process_session.h"
 #include "sequencer.h"
 #include "work_tracker.h"
 
 namespace Tarvo {
 
-struct ProcessIdentity {
-    int32_t pid = 0;
-    int32_t uid = 0;
-    uint32_t tokenId = 0;
-    uint64_t fullTokenId = 0;
-    std::string name;
-};
-
-class VirtualProcess : public std::enable_shared_from_this<VirtualProcess> {
+class VirtualProcess : public ProcessSession, public std::enable_shared_from_this<VirtualProcess> {
 public:
     static constexpr size_t kMaxThreads = 16;
     using KillObserver = std::function<void(VirtualProcess& killed)>;
@@ -56,12 +49,12 @@ public:
 
     VirtualProcess(const VirtualProcess&) = delete;
     VirtualProcess& operator=(const VirtualProcess&) = delete;
-    ~VirtualProcess();
+    ~VirtualProcess() override;
 
-    const ProcessIdentity& Identity() const { return identity_; }
+    const ProcessIdentity& Identity() const override { return identity_; }
     int32_t Pid() const { return identity_.pid; }
     const std::string& Name() const { return identity_.name; }
-    bool IsAlive() const;
+    bool IsAlive() const override;
 
     void Kill();
     bool Post(std::function<void()> work);

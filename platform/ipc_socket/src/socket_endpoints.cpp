@@ -156,7 +156,8 @@ std::shared_ptr<SocketEndpoint> SocketTransport::Impl::LocalEndpoint(int32_t pid
 {
     std::lock_guard<std::mutex> lock(mutex_);
     for (const auto& [session, endpoint] : endpoints_) {
-        if (endpoint->identity.pid == pid && !endpoint->closed) {
+        // A session gone without being killed may have left its endpoint behind.
+        if (endpoint->identity.pid == pid && !endpoint->closed && endpoint->session.lock() != nullptr) {
             return endpoint;
         }
     }

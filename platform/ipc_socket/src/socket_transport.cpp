@@ -170,6 +170,7 @@ bool SocketTransport::SetContextObject(const sptr<IRemoteObject>& object)
     }
     std::shared_ptr<SocketEndpoint> owner;
     uint64_t cookie = 0;
+    int32_t ownerPid = 0;
     {
         std::lock_guard<std::mutex> lock(impl_->mutex_);
         if (auto node = impl_->nodes_.find(wire.value); wire.kind == WireObject::LOCAL && node != impl_->nodes_.end()) {
@@ -177,14 +178,13 @@ bool SocketTransport::SetContextObject(const sptr<IRemoteObject>& object)
             owner = node->second.owner.lock();
         } else if (auto handle = impl_->handles_.find(wire.value);
                    wire.kind == WireObject::HANDLE && handle != impl_->handles_.end()) {
-            // Only an object of a session of this real process can be bound here.
             cookie = handle->second.cookie;
-            for (const auto& [session, endpoint] : impl_->endpoints_) {
-                if (endpoint->identity.pid == handle->second.owner && !endpoint->closed) {
-                    owner = endpoint;
-                }
-            }
+            ownerPid = handle->second.owner;
         }
+    }
+    if (owner == nullptr && ownerPid != 0) {
+        // Only an object of a session of this real process can be bound here.
+        owner = impl_->LocalEndpoint(ownerPid);
     }
     return owner != nullptr && impl_->BindContext(owner, cookie);
 }

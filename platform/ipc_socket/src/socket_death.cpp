@@ -31,11 +31,11 @@ void SendObituaries(std::vector<Obituary>& obituaries)
 }  // namespace
 
 // The peer is gone: what it owned dies, what it held is released, whoever waits on it is woken.
+// One-way requests it sent before it went are still delivered, as binder does.
 void SocketTransport::Impl::CloseConnection(const std::shared_ptr<SocketConnection>& connection)
 {
     std::vector<Obituary> obituaries;
     std::vector<sptr<IRemoteObject>> drops;
-    std::vector<SocketNode::OneWay> unsent;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         if (connection->closed) {
@@ -70,9 +70,6 @@ void SocketTransport::Impl::CloseConnection(const std::shared_ptr<SocketConnecti
         }
         for (auto& [cookie, node] : nodes_) {
             node.holders.erase(connection.get());
-            std::erase_if(node.oneWay, [&](const SocketNode::OneWay& item) {
-                return item.from == connection ? (unsent.push_back(item), true) : false;
-            });
             if (!node.context && !StrongHeldLocked(node)) {
                 drops.push_back(std::move(node.strongHold));
             }

@@ -138,7 +138,9 @@ FrameReader::Status FrameReader::Feed(const uint8_t*& input, size_t& size, Frame
         inPayload_ = true;
     }
     size_t take = std::min(size, payload_.size() - payloadFilled_);
-    std::memcpy(payload_.data() + payloadFilled_, input, take);
+    if (take > 0) {
+        std::memcpy(payload_.data() + payloadFilled_, input, take);
+    }
     payloadFilled_ += take;
     input += take;
     size -= take;

@@ -68,6 +68,7 @@ int main(int argc, char** argv)
     Tarvo::Emu::HandleInterrupts();
     CatchCrashes();
     Tarvo::Emu::ZelDeviceApp app(&Tarvo::Emu::MakeDevice, std::cout, std::cerr);
+    app.SetInterruptHook(&Tarvo::Emu::OnInterrupt);
     const int status = app.Main(std::vector<std::string>(argv + 1, argv + argc));
     if (app.DeviceAbandoned()) {
         // Its threads may be stuck: end here rather than wait for them in destructors.

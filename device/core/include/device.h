@@ -89,6 +89,7 @@ public:
                       std::string* error) override;
     bool Light(uint32_t type, bool state, std::string* error) override;
     std::string Failure() const override;
+    void Shutdown() override;
 
     // The pid of the process the service runs in; 0 before boot.
     int32_t ServicePid() const;

@@ -95,6 +95,8 @@ public:
     virtual Trace& GetTrace() = 0;
     // A crash or hang of the device or the service, once detected; empty while healthy.
     virtual std::string Failure() const = 0;
+    // The service stops (OnStop of its abilities), as when a serving device is told to end.
+    virtual void Shutdown() {}
 };
 
 }  // namespace Tarvo::Emu

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "hilog.h"
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 #include "trace.h"
 
 namespace Tarvo::Emu {

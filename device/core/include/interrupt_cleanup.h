@@ -13,7 +13,10 @@
 //    destructors: the device's threads may be anywhere. Being an ordinary thread, it is free of
 //    the limits of a signal handler.
 //  - RemoveOnInterrupt / KeepOnInterrupt register and forget a folder; thread-safe.
+//  - A process that stops in order (a serving device) sets OnInterrupt: the first signal then only
+//    calls it, on that thread; a second one ends the process as above.
 
+#include <functional>
 #include <string>
 
 namespace Tarvo::Emu {
@@ -21,6 +24,8 @@ namespace Tarvo::Emu {
 void HandleInterrupts();
 void RemoveOnInterrupt(const std::string& dir);
 void KeepOnInterrupt(const std::string& dir);
+// An empty function restores the default.
+void OnInterrupt(std::function<void(int signal)> stop);
 
 }  // namespace Tarvo::Emu
 

@@ -9,6 +9,8 @@
 // never removed or changed, so readers poll with EventsSince(index) or look at one with At(index).
 // Text hidden with Hide() is replaced in every string field of the events emitted after.
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <mutex>
@@ -45,6 +47,8 @@ public:
     void Emit(std::string ev, std::vector<TraceField> fields);
     std::vector<TraceEvent> EventsSince(size_t index) const;
     size_t Size() const;
+    // Waits, at most `limit` of real time, until there are more than `index` events.
+    bool WaitBeyond(size_t index, std::chrono::milliseconds limit) const;
     // The event numbered index (< Size()); the reference stays valid as long as the trace.
     const TraceEvent& At(size_t index) const;
     // Writes `text` as `placeholder` wherever it appears whole (not followed by more of a file
@@ -55,6 +59,7 @@ private:
     void HideIn(std::string& text) const;
 
     mutable std::mutex mutex_;
+    mutable std::condition_variable grown_;
     std::deque<TraceEvent> events_;  // grows at the end only, so references stay valid
     std::string hidden_;
     std::string placeholder_;

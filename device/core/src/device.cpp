@@ -12,7 +12,7 @@
 #include "hilog.h"
 #include "input_text.h"
 #include "interrupt_cleanup.h"
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 #include "ipc_skeleton.h"
 #include "iservice_registry.h"
 #include "platform_clock.h"
@@ -73,7 +73,7 @@ Device::Device(DeviceSetup setup) : setup_(std::move(setup))
     // finds it detached.
     tap_ = std::make_shared<DeviceTap>(trace_);
     HiviewDFX::HiLogOutput::AddSink(tap_);
-    IPCDriver::GetInstance().SetTransactionObserver(
+    IPCTransport::Get().SetTransactionObserver(
         [tap = tap_](const TransactionRecord& record) { tap->OnTransaction(record); });
 
     samgrProcess_ =
@@ -122,7 +122,7 @@ void Device::PrepareDataDir()
 
 Device::~Device()
 {
-    IPCDriver::GetInstance().SetTransactionObserver(nullptr);
+    IPCTransport::Get().SetTransactionObserver(nullptr);
     HiviewDFX::HiLogOutput::RemoveSink(tap_);
     // Waits for the calls still inside the hooks; none reaches the trace after.
     tap_->Detach();
@@ -241,6 +241,13 @@ bool Device::Boot(std::string* error)
 int32_t Device::ServicePid() const
 {
     return serviceProcess_ != nullptr ? serviceProcess_->Pid() : 0;
+}
+
+void Device::Shutdown()
+{
+    if (host_ != nullptr) {
+        host_->StopAbilities();
+    }
 }
 
 std::string Device::Failure() const

@@ -3,7 +3,7 @@
 #include "device.h"
 #include "device_services.h"
 #include "input_text.h"
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 #include "ipc_skeleton.h"
 
 namespace Tarvo::Emu {
@@ -95,7 +95,7 @@ bool Device::SetIpcFail(const std::string& bundle, bool fail, std::string* error
     if (process == nullptr) {
         return Fail(error, "package " + Shown(bundle) + " is not installed");
     }
-    IPCDriver::GetInstance().SetTransportFault(process->Pid(), fail);
+    IPCTransport::Get().SetTransportFault(process->Pid(), fail);
     return true;
 }
 

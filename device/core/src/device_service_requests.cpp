@@ -3,7 +3,7 @@
 #include "device.h"
 #include "device_tap.h"
 #include "input_text.h"
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 #include "ipc_types.h"
 #include "iservice_registry.h"
 #include "raw_parcel.h"
@@ -118,7 +118,7 @@ void Device::Deliver(const std::shared_ptr<VirtualProcess>& process, int line, u
                      const std::function<Target()>& target, const Sender& send)
 {
     ScopedProcess scope(process);
-    IPCDriver::ScopedTag tag(static_cast<uint64_t>(line));
+    IPCTransport::ScopedTag tag(static_cast<uint64_t>(line));
     Target found = target();
     sptr<SendProbe> probe = found.object != nullptr ? new SendProbe(found.object) : nullptr;
     tap_->Watch(static_cast<uint64_t>(line), found.descriptor, found.appPid, found.bundle);
@@ -229,8 +229,10 @@ bool Device::SendRaw(int line, const RawRequest& request, std::string* error)
         }
         target = [callback, &request] {
             // The calling process's own view of the object: a proxy, as a client gets it.
-            return Target{IPCDriver::GetInstance().UnflattenObject(callback->object->AsObject()),
-                          Vantel::IZelCallbackInterface::GetDescriptor(), callback->pid, request.bundle};
+            MessageParcel carrier;
+            carrier.WriteRemoteObject(callback->object->AsObject());
+            return Target{carrier.ReadRemoteObject(), Vantel::IZelCallbackInterface::GetDescriptor(), callback->pid,
+                          request.bundle};
         };
     }
     const std::u16string descriptor =

@@ -72,7 +72,7 @@ void DeviceTap::OnTransaction(const TransactionRecord& record)
 void DeviceTap::OnLog(const HiviewDFX::LogRecord& record)
 {
     const std::string level(1, HiviewDFX::LevelLetter(record.level));
-    const uint64_t tag = IPCDriver::CurrentTag();
+    const uint64_t tag = IPCTransport::CurrentTag();
     std::lock_guard<std::mutex> lock(mutex_);
     if (trace_ == nullptr) {
         return;

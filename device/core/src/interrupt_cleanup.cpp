@@ -9,11 +9,14 @@
 #include <set>
 #include <thread>
 
+#include "process_launcher.h"
+
 namespace Tarvo::Emu {
 namespace {
 struct Folders {
     std::mutex mutex;
     std::set<std::string> dirs;
+    std::function<void(int)> stop;
 };
 
 // Never destroyed: the waiting thread may use it while the process exits.
@@ -38,11 +41,28 @@ void RemoveRegistered()
     }
 }
 
-void WaitForInterrupt(sigset_t signals)
+int NextSignal(const sigset_t& signals)
 {
     int signal = 0;
     while (sigwait(&signals, &signal) != 0) {
     }
+    return signal;
+}
+
+void WaitForInterrupt(sigset_t signals)
+{
+    int signal = NextSignal(signals);
+    std::function<void(int)> stop;
+    {
+        std::lock_guard<std::mutex> lock(Registered().mutex);
+        stop = Registered().stop;
+    }
+    if (stop) {
+        stop(signal);
+        signal = NextSignal(signals);
+    }
+    // The device's processes go with it.
+    ProcessLauncher::StopAll();
     RemoveRegistered();
     const char* name = sigabbrev_np(signal);
     const std::string message =
@@ -76,6 +96,12 @@ void KeepOnInterrupt(const std::string& dir)
 {
     std::lock_guard<std::mutex> lock(Registered().mutex);
     Registered().dirs.erase(dir);
+}
+
+void OnInterrupt(std::function<void(int signal)> stop)
+{
+    std::lock_guard<std::mutex> lock(Registered().mutex);
+    Registered().stop = std::move(stop);
 }
 
 }  // namespace Tarvo::Emu

@@ -103,6 +103,13 @@ void Trace::Emit(std::string ev, std::vector<TraceField> fields)
         }
     }
     events_.push_back(TraceEvent{now, std::move(ev), std::move(fields)});
+    grown_.notify_all();
+}
+
+bool Trace::WaitBeyond(size_t index, std::chrono::milliseconds limit) const
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    return grown_.wait_for(lock, limit, [&] { return events_.size() > index; });
 }
 
 void Trace::Hide(std::string text, std::string placeholder)

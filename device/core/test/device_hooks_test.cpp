@@ -129,7 +129,7 @@ TEST_F(DeviceTapTest, TracesTheServiceAndTheWatchedCallbackOnly)
     tap_->Watch(9, callback, 7, "com.g");
     EXPECT_FALSE(tap_->Delivered());
     {
-        IPCDriver::ScopedTag tag(9);  // as on the game's thread handling line 9's request
+        IPCTransport::ScopedTag tag(9);  // as on the game's thread handling line 9's request
         tap_->OnLog(Log(7, "callback line"));
     }
     tap_->OnLog(Log(7, "after the request"));

@@ -4,6 +4,9 @@
 // The arguments of zel_device:
 //   zel_device run SCENARIO [--trace FILE|-] [--chart FILE.svg] [--data-dir DIR] [--realtime] [--quiet] [--log]
 //   zel_device check SCENARIO
+//   zel_device serve [--dir RUNDIR] [--data-dir DIR] [--config FILE] [--log]
+//   zel_device send [--dir RUNDIR] [LINE...]      (no LINE: lines from stdin)
+//   zel_device trace [--dir RUNDIR] [-f]
 //   zel_device --help | --version
 // Options may come before or after SCENARIO; anything else is a usage error.
 
@@ -14,7 +17,7 @@
 namespace Tarvo::Emu {
 
 struct CommandLine {
-    enum class Mode { RUN, CHECK, HELP, VERSION };
+    enum class Mode { RUN, CHECK, SERVE, SEND, TRACE, HELP, VERSION };
 
     Mode mode = Mode::HELP;
     std::string scenario;
@@ -24,6 +27,10 @@ struct CommandLine {
     bool realtime = false;
     bool quiet = false;
     bool log = false;
+    std::optional<std::string> dir;     // serve, send, trace: the run folder
+    std::optional<std::string> config;  // serve
+    std::vector<std::string> lines;     // send
+    bool follow = false;                // trace -f
 
     // args without the program name. False with a message on a usage error.
     static bool Parse(const std::vector<std::string>& args, CommandLine* line, std::string* error);

@@ -44,6 +44,9 @@ public:
 
     // args without the program name.
     int Main(const std::vector<std::string>& args);
+    // How a serving device learns of SIGINT and SIGTERM: called with the function to call then,
+    // and with an empty one when it no longer serves.
+    void SetInterruptHook(std::function<void(std::function<void(int)>)> hook) { interruptHook_ = std::move(hook); }
     bool DeviceAbandoned() const { return abandoned_; }
 
 private:
@@ -52,12 +55,15 @@ private:
     int Play(const CommandLine& line, const Scenario& scenario, std::ostream* trace);
     bool Load(const std::string& path, Scenario* scenario);
     int Failed(const std::string& message);
+    int Serve(const CommandLine& line);
+    int Send(const CommandLine& line);
 
     DeviceFactory factory_;
     std::ostream& out_;
     std::ostream& err_;
     std::unique_ptr<DeviceControl> device_;
     bool abandoned_ = false;
+    std::function<void(std::function<void(int)>)> interruptHook_;
 };
 
 }  // namespace Tarvo::Emu

@@ -15,7 +15,7 @@ constexpr int TOP = 44;
 constexpr int ROW_HEIGHT = 22;
 constexpr int LANE_PAD = 8;
 constexpr int AXIS_HEIGHT = 46;
-constexpr int CHAR_WIDTH = 7;  // about, at 12px sans-serif
+constexpr int GLYPH_WIDTH = 7;  // about, at 12px sans-serif
 constexpr int MAX_TICKS = 12;
 constexpr const char* COLORS[] = {"#8ecae6", "#ffb703", "#fb8500", "#ffd166", "#90be6d", "#cdb4db", "#f4a261"};
 
@@ -122,7 +122,7 @@ void DrawBars(SvgCanvas& canvas, const ChartLane& lane, int top, size_t index)
         const std::string title = bar.text + " (" + Seconds(bar.begin) + " s to " + Seconds(bar.end) + " s)";
         canvas.Rect(x, y + 1, width, ROW_HEIGHT - 2, color, title);
         canvas.Line(x, y + 1, x, y + ROW_HEIGHT - 1, "#555555");
-        const double textWidth = static_cast<double>(CHAR_WIDTH * bar.text.size() + 6);
+        const double textWidth = static_cast<double>(GLYPH_WIDTH * bar.text.size() + 6);
         if (width >= textWidth) {
             canvas.Text(x + 3, y + ROW_HEIGHT / 2.0 + 4, bar.text);
         } else if (x + width + textWidth <= RoomAfter(canvas, lane, i)) {

@@ -35,6 +35,44 @@ bool RunOption(const std::vector<std::string>& args, size_t* i, CommandLine* lin
     *flag = true;
     return true;
 }
+
+// An option of serve, send or trace at args[*i]; anything else of send is a line.
+bool DeviceOption(const std::vector<std::string>& args, size_t* i, CommandLine* line, std::string* error)
+{
+    const std::string& name = args[*i];
+    const bool serve = line->mode == CommandLine::Mode::SERVE;
+    std::optional<std::string>* valued = name == "--dir"                 ? &line->dir
+                                         : serve && name == "--data-dir" ? &line->dataDir
+                                         : serve && name == "--config"   ? &line->config
+                                                                         : nullptr;
+    if (valued != nullptr) {
+        if (*i + 1 >= args.size() || args[*i + 1].empty()) {
+            return Fail(name + " needs a value", error);
+        }
+        *valued = args[++*i];
+        return true;
+    }
+    if (serve && name == "--log") {
+        line->log = true;
+    } else if (line->mode == CommandLine::Mode::TRACE && name == "-f") {
+        line->follow = true;
+    } else if (line->mode == CommandLine::Mode::SEND) {
+        line->lines.push_back(name);
+    } else {
+        return Fail("unknown option " + Shown(name), error);
+    }
+    return true;
+}
+
+bool ParseDeviceCommand(const std::vector<std::string>& args, CommandLine* line, std::string* error)
+{
+    for (size_t i = 1; i < args.size(); ++i) {
+        if (!DeviceOption(args, &i, line, error)) {
+            return false;
+        }
+    }
+    return true;
+}
 }  // namespace
 
 bool CommandLine::Parse(const std::vector<std::string>& args, CommandLine* line, std::string* error)
@@ -47,6 +85,10 @@ bool CommandLine::Parse(const std::vector<std::string>& args, CommandLine* line,
     if (command == "--help" || command == "-h" || command == "--version") {
         line->mode = command == "--version" ? Mode::VERSION : Mode::HELP;
         return args.size() == 1 || Fail("nothing may follow " + Shown(command), error);
+    }
+    if (command == "serve" || command == "send" || command == "trace") {
+        line->mode = command == "serve" ? Mode::SERVE : command == "send" ? Mode::SEND : Mode::TRACE;
+        return ParseDeviceCommand(args, line, error);
     }
     if (command != "run" && command != "check") {
         return Fail("unknown command " + Shown(command), error);
@@ -78,6 +120,9 @@ const char* CommandLine::Usage()
            "  zel_device run SCENARIO [--trace FILE|-] [--chart FILE.svg] [--data-dir DIR] [--realtime] [--quiet] "
            "[--log]\n"
            "  zel_device check SCENARIO\n"
+           "  zel_device serve [--dir RUNDIR] [--data-dir DIR] [--config FILE] [--log]\n"
+           "  zel_device send [--dir RUNDIR] [LINE...]\n"
+           "  zel_device trace [--dir RUNDIR] [-f]\n"
            "  zel_device --help | --version\n"
            "\n"
            "run plays SCENARIO on a freshly booted emulated device, in virtual time unless --realtime.\n"
@@ -88,6 +133,10 @@ const char* CommandLine::Usage()
            "  --quiet           no timeline on stdout\n"
            "  --log             the platform log on stderr\n"
            "check only parses SCENARIO and reports every error.\n"
+           "serve boots a device on the real clock and keeps it running until SIGTERM or SIGINT; send plays\n"
+           "scenario lines without TIME on it (from stdin when none are given) and prints their requests'\n"
+           "results; trace prints its trace so far (-f: and follows it). RUNDIR defaults to\n"
+           "$XDG_RUNTIME_DIR/zel_device, else a folder under the temporary directory.\n"
            "\n"
            "exit status: 0 played and every expect held; 1 the device or the service failed; 2 usage or scenario\n"
            "errors (nothing played); 3 an expect failed; 130, 143 interrupted by SIGINT, SIGTERM (the temporary\n"

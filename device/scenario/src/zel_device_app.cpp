@@ -1,17 +1,32 @@
 #include "zel_device_app.h"
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 
 #include "chart_writer.h"
+#include "control_channel.h"
+#include "control_client.h"
 #include "input_text.h"
 #include "jsonl_writer.h"
 #include "scenario_parser.h"
+#include "run_dir.h"
+#include "serving_device.h"
 #include "timeline_writer.h"
 #include "virtual_clock.h"
 
 namespace Tarvo::Emu {
+namespace {
+std::string SocketPath(const CommandLine& line)
+{
+    return line.dir.value_or(RunDir::DefaultPath()) + "/" + ControlChannel::kSocketName;
+}
+}  // namespace
+
 
 ZelDeviceApp::ZelDeviceApp(DeviceFactory factory, std::ostream& out, std::ostream& err)
     : factory_(std::move(factory)), out_(out), err_(err)
@@ -35,6 +50,12 @@ int ZelDeviceApp::Main(const std::vector<std::string>& args)
             return EXIT_OK;
         case CommandLine::Mode::CHECK:
             return Check(line);
+        case CommandLine::Mode::SERVE:
+            return Serve(line);
+        case CommandLine::Mode::SEND:
+            return Send(line);
+        case CommandLine::Mode::TRACE:
+            return ControlRequest(SocketPath(line), line.follow ? "trace -f" : "trace", {}, out_, err_);
         case CommandLine::Mode::RUN:
             break;
     }
@@ -143,6 +164,56 @@ int ZelDeviceApp::Failed(const std::string& message)
     abandoned_ = true;
     err_ << "zel_device: " << message << '\n';
     return EXIT_DEVICE_FAILED;
+}
+
+}  // namespace Tarvo::Emu
+
+namespace Tarvo::Emu {
+
+int ZelDeviceApp::Send(const CommandLine& line)
+{
+    std::vector<std::string> lines = line.lines;
+    if (lines.empty()) {
+        for (std::string text; std::getline(std::cin, text);) {
+            lines.push_back(text);
+        }
+    }
+    return ControlRequest(SocketPath(line), "send", lines, out_, err_);
+}
+
+int ZelDeviceApp::Serve(const CommandLine& line)
+{
+    std::string error;
+    std::unique_ptr<RunDir> runDir = RunDir::Open(line.dir.value_or(RunDir::DefaultPath()), &error);
+    if (runDir == nullptr) {
+        err_ << "zel_device: " << error << '\n';
+        return EXIT_DEVICE_FAILED;
+    }
+    DeviceOptions options;
+    options.scenarioDir = ".";
+    options.dataDir = line.dataDir.value_or("");
+    options.keepDataDir = line.dataDir.has_value();
+    options.realtime = true;
+    options.log = line.log;
+    device_ = factory_(options);
+    if (device_ == nullptr || (line.config && !device_->UseConfig(*line.config, &error)) || !device_->Boot(&error)) {
+        return Failed(error.empty() ? "the device could not be made" : error);
+    }
+    ServingDevice serving(*device_, VirtualClock::kDefaultQuietLimit);
+    if (!serving.Listen(runDir->Path() + "/" + ControlChannel::kSocketName, &error)) {
+        return Failed(error);
+    }
+    if (interruptHook_) {
+        interruptHook_([&serving](int) { serving.Stop(); });
+    }
+    // Said once the device answers: whoever started it may go on from here.
+    out_ << "zel_device: serving in " << runDir->Path() << std::endl;
+    serving.Serve();
+    if (interruptHook_) {
+        interruptHook_(nullptr);
+    }
+    device_->Shutdown();
+    return EXIT_OK;
 }
 
 }  // namespace Tarvo::Emu

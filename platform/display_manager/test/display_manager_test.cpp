@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "display_manager_service_stub.h"
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 #include "ipc_types.h"
 #include "message_option.h"
 #include "platform_test_support.h"
@@ -104,11 +104,11 @@ TEST_F(DisplayManagerTest, UnreachableServiceGivesInvalidIdNoScreensAndAnError)
 
     // Published, but the transport to its process fails: the request itself fails.
     samgr_->AddSystemAbility(IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID, service_);
-    IPCDriver::GetInstance().SetTransportFault(serviceProcess_->Pid(), true);
+    IPCTransport::Get().SetTransportFault(serviceProcess_->Pid(), true);
     EXPECT_EQ(screen->SetResolution(1, 1, 1), DMError::DM_ERROR_IPC_FAILED);
     EXPECT_EQ(DisplayManager::GetInstance().GetDefaultDisplayId(), DISPLAY_ID_INVALID);
     EXPECT_EQ(ScreenManager::GetInstance().GetScreenById(3), nullptr);
-    IPCDriver::GetInstance().SetTransportFault(serviceProcess_->Pid(), false);
+    IPCTransport::Get().SetTransportFault(serviceProcess_->Pid(), false);
 }
 
 TEST_F(DisplayManagerTest, StubRefusesForeignTokensAndTruncatedRequests)

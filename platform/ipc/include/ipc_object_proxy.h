@@ -2,11 +2,11 @@
 #define TARVO_IPC_IPC_OBJECT_PROXY_H
 
 // Stands, in one process (its holder), for an object owned by another process. Proxies are made
-// only by the driver, which names the object by a handle; there is at most one live proxy per
+// only by the transport, which names the object by a handle; there is at most one live proxy per
 // object and holder.
 //
 // Contract:
-//  - SendRequest() goes through the driver (see IRemoteObject for the results).
+//  - SendRequest() goes through the transport (see IRemoteObject for the results).
 //  - Once the owner dies the proxy is dead for good: IsObjectDead() is true, AddDeathRecipient()
 //    fails, and the recipients registered until then are told once (IRemoteObject) and dropped.
 //    A proxy made for an object of a process that is already dead starts dead.
@@ -22,8 +22,6 @@
 
 namespace Tarvo {
 
-class HandleTable;
-
 class IPCObjectProxy : public IRemoteObject {
 public:
     ~IPCObjectProxy() override;
@@ -34,17 +32,16 @@ public:
     bool AddDeathRecipient(const sptr<DeathRecipient>& recipient) override;
     bool RemoveDeathRecipient(const sptr<DeathRecipient>& recipient) override;
 
-    uint64_t GetHandle() const { return handle_; }
-
-    // For transports: a proxy for `handle`, which the proxy releases as it goes.
+    // For transports: a proxy for `handle`, which it releases as it goes.
     static sptr<IPCObjectProxy> Create(uint64_t handle, std::u16string descriptor, bool dead);
 
-    // For the driver: marks the proxy dead and hands over the recipients to tell; empty after the
+    uint64_t GetHandle() const { return handle_; }
+
+    // For the transport: marks the proxy dead and hands over the recipients to tell; empty after the
     // first call.
     std::vector<sptr<DeathRecipient>> MarkDead();
 
 private:
-    friend class HandleTable;
     IPCObjectProxy(uint64_t handle, std::u16string descriptor, bool dead);
 
     const uint64_t handle_;

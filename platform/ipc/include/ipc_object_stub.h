@@ -5,9 +5,9 @@
 //
 // Contract:
 //  - SendRequest() from a thread of the owner is a direct call of OnRemoteRequest() on that thread;
-//    from any other process it is carried by the driver like a proxy's request. The stub must then
+//    from any other process it is carried by the transport like a proxy's request. The stub must then
 //    be held by an sptr (ERR_INVALID_VALUE otherwise).
-//  - Requests carried by the driver run on threads of the owner, concurrently unless the stub was
+//  - Requests carried by the transport run on threads of the owner, concurrently unless the stub was
 //    made with serialInvokeFlag, in which case they run one at a time.
 //  - The stub does not keep its owner alive; once the owner is gone or dead the object is dead.
 
@@ -18,7 +18,7 @@
 #include "iremote_object.h"
 #include "message_option.h"
 #include "message_parcel.h"
-#include "virtual_process.h"
+#include "process_session.h"
 
 namespace Tarvo {
 
@@ -37,21 +37,21 @@ public:
     bool AddDeathRecipient(const sptr<DeathRecipient>& recipient) override;
     bool RemoveDeathRecipient(const sptr<DeathRecipient>& recipient) override;
 
-    // Null once the owner no longer exists.
-    std::shared_ptr<VirtualProcess> GetOwner() const { return owner_.lock(); }
+    // The session (IPCTransport) that created the stub; null once it no longer exists.
+    std::shared_ptr<ProcessSession> GetOwner() const { return owner_.lock(); }
     // Compares without taking a reference on either process.
-    bool IsOwnedBy(const std::weak_ptr<VirtualProcess>& process) const
+    bool IsOwnedBy(const std::weak_ptr<ProcessSession>& process) const
     {
         return !owner_.owner_before(process) && !process.owner_before(owner_);
     }
     bool IsSerialInvoke() const { return serialInvokeFlag_; }
 
-    // The driver's entry: OnRemoteRequest(), one request at a time for a serial stub.
+    // The transport's entry: OnRemoteRequest(), one request at a time for a serial stub.
     int DispatchRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option);
 
 private:
     // Weak: a stub held by another process's proxy must not keep its process's threads alive.
-    const std::weak_ptr<VirtualProcess> owner_;
+    const std::weak_ptr<ProcessSession> owner_;
     const bool serialInvokeFlag_;
     std::mutex serialMutex_;
 };

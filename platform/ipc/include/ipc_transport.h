@@ -88,8 +88,8 @@ public:
     virtual int Transact(uint64_t handle, uint32_t code, MessageParcel& data, MessageParcel& reply,
                          MessageOption& option) = 0;
     // A request to a stub from a thread of another session (only where sessions share a process).
-    virtual int TransactStub(const sptr<IPCObjectStub>& stub, uint32_t code, MessageParcel& data,
-                             MessageParcel& reply, MessageOption& option) = 0;
+    virtual int TransactStub(const sptr<IPCObjectStub>& stub, uint32_t code, MessageParcel& data, MessageParcel& reply,
+                             MessageOption& option) = 0;
 
     // What a parcel stores for an object of the calling thread's session (its cookie) or a proxy
     // it holds (its handle). False if the object cannot be carried.

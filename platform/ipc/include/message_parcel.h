@@ -23,8 +23,6 @@
 
 namespace Tarvo {
 
-class IPCTransport;
-
 // A remote object as a parcel carries it; what the value means is the transport's business.
 struct WireObject {
     enum Kind : uint32_t {
@@ -73,8 +71,6 @@ public:
     void SetObjects(std::vector<ObjectEntry> objects) { objects_ = std::move(objects); }
 
 private:
-    bool WriteWireObject(IPCTransport& transport, const sptr<IRemoteObject>& object);
-
     std::vector<ObjectEntry> objects_;
 };
 

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "virtual_process.h"
+#include "process_session.h"
 
 namespace Tarvo {
 

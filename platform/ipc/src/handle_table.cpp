@@ -17,7 +17,7 @@ sptr<IPCObjectProxy> HandleTable::FindLiveProxy(const IPCObjectStub* stub,
     if (handles == byStub_.end()) {
         return nullptr;
     }
-    for (uint32_t handle : handles->second) {
+    for (uint64_t handle : handles->second) {
         Node& node = nodes_.at(handle);
         if (SameProcess(node.holder, holder)) {
             // Fails for a proxy on its way out; its handle goes with it and a new one is made.
@@ -34,27 +34,27 @@ sptr<IPCObjectProxy> HandleTable::ProxyFor(const sptr<IPCObjectStub>& stub,
 {
     // Taken before the lock so that the last reference is not dropped under it. The liveness check
     // is made under the lock: a kill then either precedes it or marks the new node.
-    std::shared_ptr<VirtualProcess> owner = stub->GetOwner();
+    std::shared_ptr<ProcessSession> owner = stub->GetOwner();
     std::lock_guard<std::mutex> lock(mutex_);
     if (sptr<IPCObjectProxy> proxy = FindLiveProxy(stub.GetRefPtr(), holder)) {
         return proxy;
     }
     bool dead = owner == nullptr || !owner->IsAlive();
-    uint32_t handle = nextHandle_++;
-    sptr<IPCObjectProxy> proxy(new IPCObjectProxy(handle, stub->GetObjectDescriptor(), dead));
+    uint64_t handle = nextHandle_++;
+    sptr<IPCObjectProxy> proxy = IPCObjectProxy::Create(handle, stub->GetObjectDescriptor(), dead);
     nodes_.emplace(handle, Node{stub, holder, proxy, dead});
     byStub_[stub.GetRefPtr()].push_back(handle);
     return proxy;
 }
 
-sptr<IPCObjectStub> HandleTable::StubOf(uint32_t handle)
+sptr<IPCObjectStub> HandleTable::StubOf(uint64_t handle)
 {
     std::lock_guard<std::mutex> lock(mutex_);
     auto node = nodes_.find(handle);
     return node == nodes_.end() ? nullptr : node->second.stub;
 }
 
-sptr<IPCObjectStub> HandleTable::Release(uint32_t handle)
+sptr<IPCObjectStub> HandleTable::Release(uint64_t handle)
 {
     std::lock_guard<std::mutex> lock(mutex_);
     auto node = nodes_.find(handle);
@@ -74,7 +74,7 @@ sptr<IPCObjectStub> HandleTable::Release(uint32_t handle)
     return stub;
 }
 
-std::vector<HandleTable::Obituary> HandleTable::MarkOwnerDead(const std::weak_ptr<VirtualProcess>& owner)
+std::vector<HandleTable::Obituary> HandleTable::MarkOwnerDead(const std::weak_ptr<ProcessSession>& owner)
 {
     std::vector<Obituary> obituaries;
     std::lock_guard<std::mutex> lock(mutex_);

@@ -31,11 +31,11 @@ public:
     // stub's owner is gone or dead).
     sptr<IPCObjectProxy> ProxyFor(const sptr<IPCObjectStub>& stub, const std::shared_ptr<VirtualProcess>& holder);
     // The stub a handle names; null for an unknown handle.
-    sptr<IPCObjectStub> StubOf(uint32_t handle);
+    sptr<IPCObjectStub> StubOf(uint64_t handle);
     // Forgets a handle; gives back its stub reference.
-    sptr<IPCObjectStub> Release(uint32_t handle);
+    sptr<IPCObjectStub> Release(uint64_t handle);
     // Marks the handles of the dead process's objects dead; gives back their live proxies.
-    std::vector<Obituary> MarkOwnerDead(const std::weak_ptr<VirtualProcess>& owner);
+    std::vector<Obituary> MarkOwnerDead(const std::weak_ptr<ProcessSession>& owner);
 
 private:
     struct Node {
@@ -48,10 +48,10 @@ private:
     sptr<IPCObjectProxy> FindLiveProxy(const IPCObjectStub* stub, const std::shared_ptr<VirtualProcess>& holder);
 
     std::mutex mutex_;
-    uint32_t nextHandle_ = 1;
-    std::unordered_map<uint32_t, Node> nodes_;
+    uint64_t nextHandle_ = 1;
+    std::unordered_map<uint64_t, Node> nodes_;
     // The handles of each stub, to find a holder's proxy; a stub here is kept alive by its nodes.
-    std::unordered_map<const IPCObjectStub*, std::vector<uint32_t>> byStub_;
+    std::unordered_map<const IPCObjectStub*, std::vector<uint64_t>> byStub_;
 };
 
 }  // namespace Tarvo

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ipc_driver.h"
-#include "transport_bridge.h"
+#include "ipc_transport.h"
 
 namespace Tarvo {
 
@@ -20,19 +19,12 @@ sptr<IPCObjectProxy> IPCObjectProxy::Create(uint64_t handle, std::u16string desc
 
 IPCObjectProxy::~IPCObjectProxy()
 {
-    if (IPCTransport* transport = InstalledTransport()) {
-        transport->ReleaseHandle(handle_);
-        return;
-    }
-    IPCDriver::GetInstance().ReleaseHandle(static_cast<uint32_t>(handle_));
+    IPCTransport::Get().ReleaseHandle(handle_);
 }
 
 int IPCObjectProxy::SendRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option)
 {
-    if (IPCTransport* transport = InstalledTransport()) {
-        return transport->Transact(handle_, code, data, reply, option);
-    }
-    return IPCDriver::GetInstance().Transact(static_cast<uint32_t>(handle_), code, data, reply, option);
+    return IPCTransport::Get().Transact(handle_, code, data, reply, option);
 }
 
 bool IPCObjectProxy::IsObjectDead() const

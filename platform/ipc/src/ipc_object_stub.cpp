@@ -1,20 +1,21 @@
 #include "ipc_object_stub.h"
 
 #include "calling_context.h"
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 #include "ipc_types.h"
-#include "transport_bridge.h"
 
 namespace Tarvo {
 
 IPCObjectStub::IPCObjectStub(std::u16string descriptor, bool serialInvokeFlag)
-    : IRemoteObject(std::move(descriptor)), owner_(VirtualProcess::Current()), serialInvokeFlag_(serialInvokeFlag)
+    : IRemoteObject(std::move(descriptor)),
+      owner_(IPCTransport::Get().CurrentSession()),
+      serialInvokeFlag_(serialInvokeFlag)
 {
 }
 
 int IPCObjectStub::SendRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option)
 {
-    if (IsOwnedBy(VirtualProcess::Current())) {
+    if (IsOwnedBy(IPCTransport::Get().CurrentSession())) {
         // A call within the process: the caller is the process itself, whatever request the
         // thread may be handling.
         CallingContext::Scope local(nullptr, CallingContext::Tag());
@@ -24,10 +25,7 @@ int IPCObjectStub::SendRequest(uint32_t code, MessageParcel& data, MessageParcel
     if (self == nullptr) {
         return ERR_INVALID_VALUE;
     }
-    if (IPCTransport* transport = InstalledTransport()) {
-        return transport->TransactStub(self, code, data, reply, option);
-    }
-    return IPCDriver::GetInstance().TransactStub(self, code, data, reply, option);
+    return IPCTransport::Get().TransactStub(self, code, data, reply, option);
 }
 
 int IPCObjectStub::OnRemoteRequest(uint32_t code, MessageParcel&, MessageParcel& reply, MessageOption&)
@@ -54,7 +52,7 @@ int IPCObjectStub::DispatchRequest(uint32_t code, MessageParcel& data, MessagePa
 
 bool IPCObjectStub::IsObjectDead() const
 {
-    std::shared_ptr<VirtualProcess> owner = GetOwner();
+    std::shared_ptr<ProcessSession> owner = GetOwner();
     return owner == nullptr || !owner->IsAlive();
 }
 

@@ -1,9 +1,7 @@
 #include "ipc_skeleton.h"
 
 #include "calling_context.h"
-#include "ipc_driver.h"
-#include "transport_bridge.h"
-#include "virtual_process.h"
+#include "ipc_transport.h"
 
 namespace Tarvo {
 namespace {
@@ -13,7 +11,7 @@ ProcessIdentity CallingIdentity()
     if (const ProcessIdentity* caller = CallingContext::RemoteCaller()) {
         return *caller;
     }
-    return VirtualProcess::Current()->Identity();
+    return IPCTransport::Get().CurrentSession()->Identity();
 }
 }  // namespace
 
@@ -39,7 +37,7 @@ uint64_t IPCSkeleton::GetCallingFullTokenID()
 
 uint32_t IPCSkeleton::GetSelfTokenID()
 {
-    return VirtualProcess::Current()->Identity().tokenId;
+    return IPCTransport::Get().CurrentSession()->Identity().tokenId;
 }
 
 bool IPCSkeleton::IsLocalCalling()
@@ -49,18 +47,12 @@ bool IPCSkeleton::IsLocalCalling()
 
 sptr<IRemoteObject> IPCSkeleton::GetContextObject()
 {
-    if (IPCTransport* transport = InstalledTransport()) {
-        return transport->GetContextObject();
-    }
-    return IPCDriver::GetInstance().GetContextObject();
+    return IPCTransport::Get().GetContextObject();
 }
 
 bool IPCSkeleton::SetContextObject(const sptr<IRemoteObject>& object)
 {
-    if (IPCTransport* transport = InstalledTransport()) {
-        return transport->SetContextObject(object);
-    }
-    return IPCDriver::GetInstance().SetContextObject(object);
+    return IPCTransport::Get().SetContextObject(object);
 }
 
 }  // namespace Tarvo

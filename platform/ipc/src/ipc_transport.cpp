@@ -1,21 +1,50 @@
 #include "ipc_transport.h"
 
 #include <atomic>
-#include <cstdlib>
+#include <mutex>
 
 #include "calling_context.h"
-#include "transport_bridge.h"
+#include "in_process_transport.h"
 
 namespace Tarvo {
 namespace {
-std::atomic<IPCTransport*> gInstalled{nullptr};
-std::atomic<bool> gSealed{false};
+std::mutex& InstallMutex()
+{
+    static auto* mutex = new std::mutex();
+    return *mutex;
+}
+
+// Set once; read on every request, so without a lock after that.
+std::atomic<IPCTransport*> gTransport{nullptr};
+
+IPCTransport* TakeOrInstall(IPCTransport* candidate)
+{
+    std::lock_guard<std::mutex> lock(InstallMutex());
+    IPCTransport* current = gTransport.load(std::memory_order_acquire);
+    if (current == nullptr) {
+        current = candidate != nullptr ? candidate : new InProcessTransport();
+        gTransport.store(current, std::memory_order_release);
+    }
+    return current;
+}
 }  // namespace
 
-IPCTransport* InstalledTransport()
+IPCTransport& IPCTransport::Get()
 {
-    gSealed.store(true, std::memory_order_relaxed);
-    return gInstalled.load(std::memory_order_acquire);
+    if (IPCTransport* transport = gTransport.load(std::memory_order_acquire)) {
+        return *transport;
+    }
+    return *TakeOrInstall(nullptr);
+}
+
+bool IPCTransport::Install(IPCTransport* transport)
+{
+    return transport != nullptr && TakeOrInstall(transport) == transport;
+}
+
+uint64_t IPCTransport::CurrentTag()
+{
+    return CallingContext::Tag();
 }
 
 IPCTransport::ScopedTag::ScopedTag(uint64_t tag) : previous_(CallingContext::Tag())
@@ -26,30 +55,6 @@ IPCTransport::ScopedTag::ScopedTag(uint64_t tag) : previous_(CallingContext::Tag
 IPCTransport::ScopedTag::~ScopedTag()
 {
     CallingContext::SetTag(previous_);
-}
-
-IPCTransport& IPCTransport::Get()
-{
-    IPCTransport* installed = InstalledTransport();
-    if (installed == nullptr) {
-        // The in-process driver does not implement this interface yet.
-        std::abort();
-    }
-    return *installed;
-}
-
-bool IPCTransport::Install(IPCTransport* transport)
-{
-    if (transport == nullptr || gSealed.load(std::memory_order_relaxed)) {
-        return false;
-    }
-    IPCTransport* expected = nullptr;
-    return gInstalled.compare_exchange_strong(expected, transport, std::memory_order_acq_rel);
-}
-
-uint64_t IPCTransport::CurrentTag()
-{
-    return CallingContext::Tag();
 }
 
 }  // namespace Tarvo

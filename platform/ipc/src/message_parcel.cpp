@@ -1,7 +1,6 @@
 #include "message_parcel.h"
 
-#include "ipc_driver.h"
-#include "transport_bridge.h"
+#include "ipc_transport.h"
 
 namespace Tarvo {
 
@@ -35,26 +34,8 @@ bool MessageParcel::WriteRemoteObject(const sptr<IRemoteObject>& object)
     if (object == nullptr) {
         return false;
     }
-    if (IPCTransport* transport = InstalledTransport()) {
-        return WriteWireObject(*transport, object);
-    }
-    sptr<IRemoteObject> flat = IPCDriver::GetInstance().FlattenObject(object);
-    if (flat == nullptr) {
-        return false;
-    }
-    size_t start = GetWritePosition();
-    if (!WriteUint32(kObjectMarker) || !WriteUint32(static_cast<uint32_t>(objects_.size()))) {
-        RewindWrite(start);
-        return false;
-    }
-    objects_.push_back({WireObject{}, std::move(flat)});
-    return true;
-}
-
-bool MessageParcel::WriteWireObject(IPCTransport& transport, const sptr<IRemoteObject>& object)
-{
     WireObject wire;
-    if (!transport.FlattenObject(object, wire)) {
+    if (!IPCTransport::Get().FlattenObject(object, wire)) {
         return false;
     }
     size_t start = GetWritePosition();
@@ -75,10 +56,7 @@ sptr<IRemoteObject> MessageParcel::ReadRemoteObject()
         RewindRead(start);
         return nullptr;
     }
-    if (IPCTransport* transport = InstalledTransport()) {
-        return transport->UnflattenObject(objects_[index].wire);
-    }
-    return IPCDriver::GetInstance().UnflattenObject(objects_[index].hold);
+    return IPCTransport::Get().UnflattenObject(objects_[index].wire);
 }
 
 }  // namespace Tarvo

@@ -116,7 +116,8 @@ bool SocketTransport::FlattenObject(const sptr<IRemoteObject>& object, WireObjec
         return true;
     }
     auto* stub = dynamic_cast<IPCObjectStub*>(object.GetRefPtr());
-    std::shared_ptr<VirtualProcess> owner = stub != nullptr ? stub->GetOwner() : VirtualProcess::Current();
+    std::shared_ptr<VirtualProcess> owner =
+        stub != nullptr ? std::dynamic_pointer_cast<VirtualProcess>(stub->GetOwner()) : VirtualProcess::Current();
     if (owner == nullptr) {
         return false;
     }

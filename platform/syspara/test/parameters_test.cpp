@@ -5,7 +5,7 @@
 #include <map>
 #include <mutex>
 
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 #include "ipc_types.h"
 #include "message_option.h"
 #include "parameter_service_stub.h"
@@ -94,10 +94,10 @@ TEST_F(ParametersTest, UnreachableServiceGivesFalseAndTheDefault)
     EXPECT_FALSE(SetParameter("a.b", "1"));
     EXPECT_EQ(GetParameter("a.b", "def"), "def");
     samgr_->AddSystemAbility(IParameterService::PARAMETER_SERVICE_ID, service_);
-    IPCDriver::GetInstance().SetTransportFault(serviceProcess_->Pid(), true);
+    IPCTransport::Get().SetTransportFault(serviceProcess_->Pid(), true);
     EXPECT_FALSE(SetParameter("a.b", "1"));
     EXPECT_EQ(GetParameter("a.b", "def"), "def");
-    IPCDriver::GetInstance().SetTransportFault(serviceProcess_->Pid(), false);
+    IPCTransport::Get().SetTransportFault(serviceProcess_->Pid(), false);
     samgr_.Uninstall();
     EXPECT_FALSE(SetParameter("a.b", "1"));
     EXPECT_TRUE(service_->Wire().empty());

@@ -214,6 +214,9 @@ public:
         return sptr<T>(ptr_, typename sptr<T>::AdoptTag{});
     }
 
+    // True once the object is gone (or was never held strongly); a false answer may be stale.
+    bool expired() const { return counter_ == nullptr || counter_->GetStrong() <= 0; }
+
     // The raw pointer; it may dangle once the object is gone. Use promote() to reach the object.
     T* GetRefPtr() const { return ptr_; }
     T* operator->() const { return ptr_; }

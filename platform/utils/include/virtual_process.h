@@ -44,8 +44,11 @@ public:
     static std::shared_ptr<VirtualProcess> Create(ProcessIdentity identity);
     // The process the calling thread works for.
     static std::shared_ptr<VirtualProcess> Current();
-    // The process of threads nobody assigned: the real process itself, a native process.
+    // The process of threads nobody assigned: the real process itself, a native process unless
+    // SetHostIdentity() said otherwise.
     static std::shared_ptr<VirtualProcess> Host();
+    // The identity the host process takes; false once Host() has been used.
+    static bool SetHostIdentity(ProcessIdentity identity);
 
     VirtualProcess(const VirtualProcess&) = delete;
     VirtualProcess& operator=(const VirtualProcess&) = delete;

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <atomic>
+
 namespace Tarvo {
 namespace {
 thread_local std::weak_ptr<VirtualProcess> tCurrent;
@@ -19,6 +21,19 @@ std::vector<VirtualProcess::KillObserver>& Observers()
     return *observers;
 }
 
+std::mutex& HostMutex()
+{
+    static auto* mutex = new std::mutex();
+    return *mutex;
+}
+
+// Never destroyed: the host's threads may be in use until the very end of the real process.
+std::atomic<std::shared_ptr<VirtualProcess>*>& HostSlot()
+{
+    static std::atomic<std::shared_ptr<VirtualProcess>*> host{nullptr};
+    return host;
+}
+
 // Native token: type 1 in bits 28-29 of the token id.
 constexpr uint32_t kHostTokenId = 1u << 28;
 }  // namespace
@@ -30,12 +45,24 @@ std::shared_ptr<VirtualProcess> VirtualProcess::Create(ProcessIdentity identity)
     return std::shared_ptr<VirtualProcess>(new VirtualProcess(std::move(identity)));
 }
 
+bool VirtualProcess::SetHostIdentity(ProcessIdentity identity)
+{
+    std::lock_guard<std::mutex> lock(HostMutex());
+    if (HostSlot().load(std::memory_order_acquire) != nullptr) {
+        return false;
+    }
+    HostSlot().store(new std::shared_ptr<VirtualProcess>(Create(std::move(identity))), std::memory_order_release);
+    return true;
+}
+
 std::shared_ptr<VirtualProcess> VirtualProcess::Host()
 {
-    // Never destroyed: its threads may be in use until the very end of the real process.
-    static auto* host = new std::shared_ptr<VirtualProcess>(
-        Create({static_cast<int32_t>(getpid()), static_cast<int32_t>(getuid()), kHostTokenId, kHostTokenId, "host"}));
-    return *host;
+    if (auto* host = HostSlot().load(std::memory_order_acquire)) {
+        return *host;
+    }
+    SetHostIdentity(
+        {static_cast<int32_t>(getpid()), static_cast<int32_t>(getuid()), kHostTokenId, kHostTokenId, "host"});
+    return *HostSlot().load(std::memory_order_acquire);
 }
 
 std::shared_ptr<VirtualProcess> VirtualProcess::Current()

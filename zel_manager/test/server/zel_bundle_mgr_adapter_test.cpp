@@ -5,7 +5,7 @@
 
 #include "bundle_mgr_interface.h"
 #include "hilog.h"
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 #include "ipc_object_stub.h"
 #include "ipc_types.h"
 #include "platform_test_support.h"
@@ -62,9 +62,9 @@ TEST_F(ZelBundleMgrAdapterTest, UidIsResolvedByCodeNineOnTheConnectionKeptFromTh
     EXPECT_EQ(pkgName, "com.game.alpha");
     EXPECT_EQ(bundleMgr->requests, (Strings{"9 0 8: 39 30 00 00", "9 0 8: 38 54 31 01"}));  // 12345, 20010040
 
-    IPCDriver::GetInstance().SetTransportFault(30, true);
+    IPCTransport::Get().SetTransportFault(30, true);
     EXPECT_FALSE(adapter_->GetPkgNameByUid(20010040, pkgName));
-    IPCDriver::GetInstance().SetTransportFault(30, false);
+    IPCTransport::Get().SetTransportFault(30, false);
     samgr_.Uninstall();
     EXPECT_TRUE(adapter_->ConnectService());
 

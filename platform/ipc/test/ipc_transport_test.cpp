@@ -1,4 +1,4 @@
-#include "ipc_driver.h"
+#include "ipc_transport.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -70,11 +70,11 @@ private:
     sptr<IRemoteObject> object_;
 };
 
-class IpcDriverTest : public testing::Test {
+class IpcTransportTest : public testing::Test {
 protected:
     void TearDown() override
     {
-        IPCDriver::GetInstance().SetTransactionObserver(nullptr);
+        IPCTransport::Get().SetTransactionObserver(nullptr);
         EXPECT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
     }
 
@@ -83,7 +83,7 @@ protected:
     std::shared_ptr<VirtualProcess> third_ = MakeProcess(400, "third");
 };
 
-TEST_F(IpcDriverTest, CrossProcessCallRunsInTheOwnerWithTheCallersIdentity)
+TEST_F(IpcTransportTest, CrossProcessCallRunsInTheOwnerWithTheCallersIdentity)
 {
     struct Seen {
         int32_t pid = 0;
@@ -135,7 +135,7 @@ TEST_F(IpcDriverTest, CrossProcessCallRunsInTheOwnerWithTheCallersIdentity)
     EXPECT_EQ(seen.handlerPid, 200);
 }
 
-TEST_F(IpcDriverTest, CallWithinTheOwnerIsDirectAndLocal)
+TEST_F(IpcTransportTest, CallWithinTheOwnerIsDirectAndLocal)
 {
     std::thread::id innerThread;
     int32_t innerCaller = 0;
@@ -170,7 +170,7 @@ TEST_F(IpcDriverTest, CallWithinTheOwnerIsDirectAndLocal)
     EXPECT_EQ(outerCallers, (std::vector<int32_t>{300, 300}));
 }
 
-TEST_F(IpcDriverTest, OneWayReturnsAtOnceAndKeepsPerObjectOrder)
+TEST_F(IpcTransportTest, OneWayReturnsAtOnceAndKeepsPerObjectOrder)
 {
     Gate gate;
     std::mutex mutex;
@@ -224,7 +224,7 @@ TEST_F(IpcDriverTest, OneWayReturnsAtOnceAndKeepsPerObjectOrder)
     EXPECT_EQ(maxActive, 1);
 }
 
-TEST_F(IpcDriverTest, DeathFailsRequestsAndTellsRecipientsOnceInTheHolder)
+TEST_F(IpcTransportTest, DeathFailsRequestsAndTellsRecipientsOnceInTheHolder)
 {
     auto stub = MakeStub(service_, u"test.Mortal");
     sptr<IRemoteObject> proxy = Transfer(stub, client_);
@@ -266,7 +266,7 @@ TEST_F(IpcDriverTest, DeathFailsRequestsAndTellsRecipientsOnceInTheHolder)
     EXPECT_EQ(removed->Calls(), 0);
 }
 
-TEST_F(IpcDriverTest, DeathWakesWaitingCallersAndDropsQueuedOneWays)
+TEST_F(IpcTransportTest, DeathWakesWaitingCallersAndDropsQueuedOneWays)
 {
     Gate gate;
     std::promise<void> syncEntered;
@@ -306,7 +306,7 @@ TEST_F(IpcDriverTest, DeathWakesWaitingCallersAndDropsQueuedOneWays)
     EXPECT_EQ(queuedRan, 0);
 }
 
-TEST_F(IpcDriverTest, TransportFaultFailsRequestsWithoutDeliveryUntilCleared)
+TEST_F(IpcTransportTest, TransportFaultFailsRequestsWithoutDeliveryUntilCleared)
 {
     std::atomic<int> handled{0};
     auto stub = MakeStub(service_, u"test.Faulty", [&](uint32_t, MessageParcel&, MessageParcel&, auto&) {
@@ -318,17 +318,17 @@ TEST_F(IpcDriverTest, TransportFaultFailsRequestsWithoutDeliveryUntilCleared)
     sptr<IRemoteObject> otherProxy = Transfer(other, client_);
     ScopedProcess scope(client_);
 
-    IPCDriver::GetInstance().SetTransportFault(200, true);
+    IPCTransport::Get().SetTransportFault(200, true);
     EXPECT_EQ(Call(proxy, 1, 0), ERR_TRANSACTION_FAILED);
     EXPECT_EQ(Call(proxy, 1, 0, nullptr, MessageOption::TF_ASYNC), ERR_TRANSACTION_FAILED);
     EXPECT_EQ(Call(otherProxy, PING_TRANSACTION, 0), ERR_NONE);
-    IPCDriver::GetInstance().SetTransportFault(200, false);
+    IPCTransport::Get().SetTransportFault(200, false);
     EXPECT_EQ(Call(proxy, 1, 0), ERR_NONE);
     EXPECT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
     EXPECT_EQ(handled, 1);
 }
 
-TEST_F(IpcDriverTest, ObserverSeesDeliveredRequestsWithStatusAndTag)
+TEST_F(IpcTransportTest, ObserverSeesDeliveredRequestsWithStatusAndTag)
 {
     std::mutex mutex;
     std::vector<TransactionRecord> records;
@@ -338,10 +338,10 @@ TEST_F(IpcDriverTest, ObserverSeesDeliveredRequestsWithStatusAndTag)
         ~ObserverGuard()
         {
             WorkTracker::GetInstance().WaitQuiet(kTimeout);
-            IPCDriver::GetInstance().SetTransactionObserver(nullptr);
+            IPCTransport::Get().SetTransactionObserver(nullptr);
         }
     } guard;
-    IPCDriver::GetInstance().SetTransactionObserver([&](const TransactionRecord& record) {
+    IPCTransport::Get().SetTransactionObserver([&](const TransactionRecord& record) {
         MessageParcel reply = *record.reply;
         std::lock_guard<std::mutex> lock(mutex);
         records.push_back(record);
@@ -356,11 +356,11 @@ TEST_F(IpcDriverTest, ObserverSeesDeliveredRequestsWithStatusAndTag)
     {
         ScopedProcess scope(client_);
         {
-            IPCDriver::ScopedTag tag(77);
-            EXPECT_EQ(IPCDriver::CurrentTag(), 77u);
+            IPCTransport::ScopedTag tag(77);
+            EXPECT_EQ(IPCTransport::CurrentTag(), 77u);
             EXPECT_EQ(Call(proxy, 5, 0), 3);
         }
-        EXPECT_EQ(IPCDriver::CurrentTag(), 0u);
+        EXPECT_EQ(IPCTransport::CurrentTag(), 0u);
         {
             // Seen before the caller was woken.
             std::lock_guard<std::mutex> lock(mutex);
@@ -391,7 +391,7 @@ TEST_F(IpcDriverTest, ObserverSeesDeliveredRequestsWithStatusAndTag)
     EXPECT_EQ(records[1].tag, 0u);
 }
 
-TEST_F(IpcDriverTest, SyncCallGivesUpAfterItsWaitTime)
+TEST_F(IpcTransportTest, SyncCallGivesUpAfterItsWaitTime)
 {
     Gate gate;
     auto stub = MakeStub(service_, u"test.Slow", [&](uint32_t, MessageParcel&, MessageParcel& reply, auto&) {
@@ -409,7 +409,7 @@ TEST_F(IpcDriverTest, SyncCallGivesUpAfterItsWaitTime)
     EXPECT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
 }
 
-TEST_F(IpcDriverTest, SerialStubHandlesOneRequestAtATime)
+TEST_F(IpcTransportTest, SerialStubHandlesOneRequestAtATime)
 {
     for (bool serial : {false, true}) {
         std::mutex mutex;
@@ -447,7 +447,7 @@ TEST_F(IpcDriverTest, SerialStubHandlesOneRequestAtATime)
     }
 }
 
-TEST_F(IpcDriverTest, ObjectPassedOnReachesItsOwnerFromAThirdProcess)
+TEST_F(IpcTransportTest, ObjectPassedOnReachesItsOwnerFromAThirdProcess)
 {
     std::atomic<int32_t> callbackCaller{0};
     auto callback = MakeStub(client_, u"test.Callback", [&](uint32_t, MessageParcel&, MessageParcel&, auto&) {
@@ -487,7 +487,7 @@ TEST_F(IpcDriverTest, ObjectPassedOnReachesItsOwnerFromAThirdProcess)
     EXPECT_EQ(Transfer(callback, client_), sptr<IRemoteObject>(callback));
 }
 
-TEST_F(IpcDriverTest, ContextObjectIsSeenFromEachProcess)
+TEST_F(IpcTransportTest, ContextObjectIsSeenFromEachProcess)
 {
     auto manager = MakeStub(service_, u"test.Manager");
     EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
@@ -517,7 +517,7 @@ TEST_F(IpcDriverTest, ContextObjectIsSeenFromEachProcess)
     EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
 }
 
-TEST_F(IpcDriverTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads)
+TEST_F(IpcTransportTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads)
 {
     Sequencer::Enable();
     std::mutex mutex;

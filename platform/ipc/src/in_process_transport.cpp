@@ -1,4 +1,4 @@
-#include "ipc_driver.h"
+#include "in_process_transport.h"
 
 #include <algorithm>
 #include <chrono>
@@ -18,10 +18,6 @@ namespace Tarvo {
 namespace {
 constexpr HiviewDFX::HiLogLabel kLabel = {HiviewDFX::LOG_CORE, 0xD0057CA, "IPCDriver"};
 
-// Dead processes must stop answering from the moment they die, so the driver learns of every
-// kill as soon as the library is loaded.
-[[maybe_unused]] const bool kKillObserverRegistered = (IPCDriver::GetInstance(), true);
-
 std::chrono::seconds WaitTimeOf(const MessageOption& option)
 {
     int seconds = option.GetWaitTime() > 0 ? option.GetWaitTime() : MessageOption::TF_WAIT_TIME;
@@ -29,35 +25,21 @@ std::chrono::seconds WaitTimeOf(const MessageOption& option)
 }
 }  // namespace
 
-IPCDriver::ScopedTag::ScopedTag(uint64_t tag) : previous_(CallingContext::Tag())
+InProcessTransport::InProcessTransport()
+    : handles_(std::make_unique<HandleTable>()), oneWay_(std::make_unique<OneWayQueue>())
 {
-    CallingContext::SetTag(tag);
+    // Made once per real process and never destroyed, so the observer may keep `this`.
+    VirtualProcess::AddKillObserver([this](VirtualProcess& killed) { OnProcessKilled(killed); });
 }
 
-IPCDriver::ScopedTag::~ScopedTag()
+InProcessTransport::~InProcessTransport() = default;
+
+std::shared_ptr<ProcessSession> InProcessTransport::CurrentSession()
 {
-    CallingContext::SetTag(previous_);
+    return VirtualProcess::Current();
 }
 
-IPCDriver& IPCDriver::GetInstance()
-{
-    static IPCDriver* instance = new IPCDriver();
-    return *instance;
-}
-
-uint64_t IPCDriver::CurrentTag()
-{
-    return CallingContext::Tag();
-}
-
-IPCDriver::IPCDriver() : handles_(std::make_unique<HandleTable>()), oneWay_(std::make_unique<OneWayQueue>())
-{
-    VirtualProcess::AddKillObserver([](VirtualProcess& killed) { GetInstance().OnProcessKilled(killed); });
-}
-
-IPCDriver::~IPCDriver() = default;
-
-void IPCDriver::SetTransportFault(int32_t pid, bool fail)
+void InProcessTransport::SetTransportFault(int32_t pid, bool fail)
 {
     std::lock_guard<std::mutex> lock(mutex_);
     if (fail) {
@@ -67,7 +49,7 @@ void IPCDriver::SetTransportFault(int32_t pid, bool fail)
     }
 }
 
-void IPCDriver::SetTransactionObserver(TransactionObserver observer)
+void InProcessTransport::SetTransactionObserver(TransactionObserver observer)
 {
     std::shared_ptr<const TransactionObserver> replacement;
     if (observer) {
@@ -78,14 +60,14 @@ void IPCDriver::SetTransactionObserver(TransactionObserver observer)
     observer_.swap(replacement);
 }
 
-bool IPCDriver::HasTransportFault(int32_t pid)
+bool InProcessTransport::HasTransportFault(int32_t pid)
 {
     std::lock_guard<std::mutex> lock(mutex_);
     return faultyPids_.count(pid) != 0;
 }
 
-int IPCDriver::Transact(uint32_t handle, uint32_t code, MessageParcel& data, MessageParcel& reply,
-                        MessageOption& option)
+int InProcessTransport::Transact(uint64_t handle, uint32_t code, MessageParcel& data, MessageParcel& reply,
+                                 MessageOption& option)
 {
     sptr<IPCObjectStub> stub = handles_->StubOf(handle);
     if (stub == nullptr) {
@@ -94,13 +76,14 @@ int IPCDriver::Transact(uint32_t handle, uint32_t code, MessageParcel& data, Mes
     return TransactStub(stub, code, data, reply, option);
 }
 
-int IPCDriver::TransactStub(const sptr<IPCObjectStub>& stub, uint32_t code, MessageParcel& data, MessageParcel& reply,
-                            MessageOption& option)
+int InProcessTransport::TransactStub(const sptr<IPCObjectStub>& stub, uint32_t code, MessageParcel& data,
+                                     MessageParcel& reply, MessageOption& option)
 {
     if (stub == nullptr) {
         return ERR_INVALID_VALUE;
     }
-    std::shared_ptr<VirtualProcess> owner = stub->GetOwner();
+    // Every session of this transport is a virtual process.
+    std::shared_ptr<VirtualProcess> owner = std::static_pointer_cast<VirtualProcess>(stub->GetOwner());
     if (owner == nullptr) {
         return ERR_DEAD_OBJECT;
     }
@@ -118,9 +101,9 @@ int IPCDriver::TransactStub(const sptr<IPCObjectStub>& stub, uint32_t code, Mess
     return txn->oneWay ? SendOneWay(txn, *owner) : SendSync(txn, *owner, reply);
 }
 
-std::shared_ptr<Transaction> IPCDriver::MakeTransaction(const sptr<IPCObjectStub>& stub, const VirtualProcess& owner,
-                                                        uint32_t code, const MessageParcel& data,
-                                                        const MessageOption& option)
+std::shared_ptr<Transaction> InProcessTransport::MakeTransaction(const sptr<IPCObjectStub>& stub,
+                                                                 const VirtualProcess& owner, uint32_t code,
+                                                                 const MessageParcel& data, const MessageOption& option)
 {
     auto txn = std::make_shared<Transaction>(stub, owner.Pid(), code, data, option);
     txn->caller = VirtualProcess::Current()->Identity();
@@ -131,7 +114,7 @@ std::shared_ptr<Transaction> IPCDriver::MakeTransaction(const sptr<IPCObjectStub
     return txn;
 }
 
-int IPCDriver::SendSync(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner, MessageParcel& reply)
+int InProcessTransport::SendSync(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner, MessageParcel& reply)
 {
     {
         // Registered before posting, so that a kill from here on wakes this caller.
@@ -157,7 +140,7 @@ int IPCDriver::SendSync(const std::shared_ptr<Transaction>& txn, VirtualProcess&
     return status;
 }
 
-int IPCDriver::SendOneWay(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner)
+int InProcessTransport::SendOneWay(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner)
 {
     sptr<IPCObjectStub> target = txn->target;
     if (!oneWay_->Push(txn)) {
@@ -171,7 +154,7 @@ int IPCDriver::SendOneWay(const std::shared_ptr<Transaction>& txn, VirtualProces
     return ERR_NONE;
 }
 
-void IPCDriver::DrainOneWay(const sptr<IPCObjectStub>& target)
+void InProcessTransport::DrainOneWay(const sptr<IPCObjectStub>& target)
 {
     // `target` keeps the queue's key valid until the queue is gone.
     while (std::shared_ptr<Transaction> txn = oneWay_->Next(target.GetRefPtr())) {
@@ -180,7 +163,7 @@ void IPCDriver::DrainOneWay(const sptr<IPCObjectStub>& target)
     }
 }
 
-void IPCDriver::Deliver(Transaction& txn)
+void InProcessTransport::Deliver(Transaction& txn)
 {
     if (!VirtualProcess::Current()->IsAlive()) {
         txn.Complete(ERR_DEAD_OBJECT, false);
@@ -195,7 +178,7 @@ void IPCDriver::Deliver(Transaction& txn)
     txn.Complete(status, true);
 }
 
-void IPCDriver::Observe(const Transaction& txn, int status)
+void InProcessTransport::Observe(const Transaction& txn, int status)
 {
     std::shared_ptr<const TransactionObserver> observer;
     {
@@ -217,66 +200,104 @@ void IPCDriver::Observe(const Transaction& txn, int status)
     (*observer)(record);
 }
 
-sptr<IRemoteObject> IPCDriver::FlattenObject(const sptr<IRemoteObject>& object)
+bool InProcessTransport::FlattenObject(const sptr<IRemoteObject>& object, WireObject& wire)
 {
-    if (object == nullptr || !object->IsProxyObject()) {
-        return object;
+    if (object == nullptr) {
+        return false;
+    }
+    if (!object->IsProxyObject()) {
+        wire = {WireObject::LOCAL, Remember(object)};
+        return true;
     }
     auto* proxy = dynamic_cast<IPCObjectProxy*>(object.GetRefPtr());
     if (proxy == nullptr) {
-        return nullptr;
+        return false;
     }
-    return handles_->StubOf(proxy->GetHandle());
+    wire = {WireObject::HANDLE, proxy->GetHandle()};
+    return true;
 }
 
-sptr<IRemoteObject> IPCDriver::UnflattenObject(const sptr<IRemoteObject>& flat)
+uint64_t InProcessTransport::Remember(const sptr<IRemoteObject>& object)
 {
-    sptr<IPCObjectStub> stub(dynamic_cast<IPCObjectStub*>(flat.GetRefPtr()));
+    const auto cookie = reinterpret_cast<uint64_t>(object.GetRefPtr());
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (cookies_.size() >= sweepAt_) {
+        std::erase_if(cookies_, [](const auto& entry) { return entry.second.expired(); });
+        sweepAt_ = std::max<size_t>(64, cookies_.size() * 2);
+    }
+    // A new object at the address of a gone one takes its cookie over.
+    cookies_[cookie] = object;
+    return cookie;
+}
+
+sptr<IRemoteObject> InProcessTransport::Resolve(const WireObject& wire)
+{
+    if (wire.kind == WireObject::HANDLE) {
+        return handles_->StubOf(wire.value);
+    }
+    if (wire.kind != WireObject::LOCAL) {
+        return nullptr;
+    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    auto found = cookies_.find(wire.value);
+    // A parcel holds what it carries, so a cookie read from one always promotes; this only
+    // keeps a stray value from reaching a gone object.
+    return found == cookies_.end() ? nullptr : found->second.promote();
+}
+
+sptr<IRemoteObject> InProcessTransport::UnflattenObject(const WireObject& wire)
+{
+    sptr<IRemoteObject> object = Resolve(wire);
+    sptr<IPCObjectStub> stub(dynamic_cast<IPCObjectStub*>(object.GetRefPtr()));
     if (stub == nullptr) {
         // Objects of other kinds cannot be reached by proxy; they stay what they are.
-        return flat;
+        return object;
     }
     std::shared_ptr<VirtualProcess> reader = VirtualProcess::Current();
     if (stub->IsOwnedBy(reader)) {
-        return flat;
+        return stub;
     }
     return handles_->ProxyFor(stub, reader);
 }
 
-void IPCDriver::ReleaseHandle(uint32_t handle)
+void InProcessTransport::ReleaseHandle(uint64_t handle)
 {
     // Dropped here, outside the table's lock: it may be the stub's last reference.
     sptr<IPCObjectStub> stub = handles_->Release(handle);
 }
 
-bool IPCDriver::SetContextObject(const sptr<IRemoteObject>& object)
+bool InProcessTransport::SetContextObject(const sptr<IRemoteObject>& object)
 {
-    sptr<IRemoteObject> flat = FlattenObject(object);
-    if (object != nullptr && flat == nullptr) {
+    WireObject wire;
+    if (object != nullptr && !FlattenObject(object, wire)) {
         return false;
     }
+    // Kept as the object it names, whoever set it.
+    sptr<IRemoteObject> target = object == nullptr ? nullptr : Resolve(wire);
     std::lock_guard<std::mutex> lock(mutex_);
-    // The previous object is released after the lock, with `flat`.
-    std::swap(contextObject_, flat);
+    // The previous object is released after the lock, with `target`.
+    std::swap(contextObject_, target);
     return true;
 }
 
-sptr<IRemoteObject> IPCDriver::GetContextObject()
+sptr<IRemoteObject> InProcessTransport::GetContextObject()
 {
-    sptr<IRemoteObject> flat;
+    sptr<IRemoteObject> target;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        flat = contextObject_;
+        target = contextObject_;
     }
-    if (flat == nullptr || flat->IsObjectDead()) {
+    if (target == nullptr || target->IsObjectDead()) {
         return nullptr;
     }
-    return UnflattenObject(flat);
+    WireObject wire;
+    return FlattenObject(target, wire) ? UnflattenObject(wire) : nullptr;
 }
 
-void IPCDriver::OnProcessKilled(VirtualProcess& killed)
+void InProcessTransport::OnProcessKilled(VirtualProcess& killed)
 {
-    std::weak_ptr<VirtualProcess> owner = killed.weak_from_this();
+    std::weak_ptr<VirtualProcess> process = killed.weak_from_this();
+    std::weak_ptr<ProcessSession> owner = process;
     std::vector<std::shared_ptr<Transaction>> woken;
     {
         std::lock_guard<std::mutex> lock(mutex_);
@@ -292,7 +313,7 @@ void IPCDriver::OnProcessKilled(VirtualProcess& killed)
     SendObituaries(owner);
 }
 
-void IPCDriver::SendObituaries(const std::weak_ptr<VirtualProcess>& killed)
+void InProcessTransport::SendObituaries(const std::weak_ptr<ProcessSession>& killed)
 {
     std::vector<HandleTable::Obituary> obituaries = handles_->MarkOwnerDead(killed);
     // Holders are told in the order their proxies were made, whatever the table's layout.

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <filesystem>
 #include <future>
 #include <mutex>
 #include <string>
@@ -14,8 +15,10 @@
 
 #include "ipc_skeleton.h"
 #include "ipc_test_support.h"
+#include "ipc_transport.h"
 #include "ipc_types.h"
 #include "sequencer.h"
+#include "socket_transport.h"
 #include "work_tracker.h"
 
 namespace Tarvo {
@@ -70,20 +73,50 @@ private:
     sptr<IRemoteObject> object_;
 };
 
-class IpcTransportTest : public testing::Test {
+// Every test runs over each transport: the in-process one, and sockets between sessions of this
+// process (each an endpoint of its own, as separate processes would be).
+enum class Transport { IN_PROCESS, SOCKETS };
+
+std::string Name(const testing::TestParamInfo<Transport>& info)
+{
+    return info.param == Transport::IN_PROCESS ? "InProcess" : "Sockets";
+}
+
+class IpcTransportTest : public testing::TestWithParam<Transport> {
 protected:
+    void SetUp() override
+    {
+        if (GetParam() == Transport::SOCKETS) {
+            char pattern[] = "/tmp/zel_ipc_test.XXXXXX";
+            ASSERT_NE(mkdtemp(pattern), nullptr);
+            runDir_ = pattern;
+            // Once per process: a process running several tests keeps the transport it began with.
+            if (!IPCTransport::Install(new SocketTransport({runDir_}))) {
+                GTEST_SKIP() << "another transport is in use in this process";
+            }
+        } else if (dynamic_cast<SocketTransport*>(&IPCTransport::Get()) != nullptr) {
+            GTEST_SKIP() << "the socket transport is in use in this process";
+        }
+    }
     void TearDown() override
     {
         IPCTransport::Get().SetTransactionObserver(nullptr);
         EXPECT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
+        if (!runDir_.empty()) {
+            std::error_code ignored;
+            std::filesystem::remove_all(runDir_, ignored);
+        }
     }
+    bool OverSockets() const { return GetParam() == Transport::SOCKETS; }
+
+    std::string runDir_;
 
     std::shared_ptr<VirtualProcess> service_ = MakeProcess(200, "service");
     std::shared_ptr<VirtualProcess> client_ = MakeProcess(300, "client");
     std::shared_ptr<VirtualProcess> third_ = MakeProcess(400, "third");
 };
 
-TEST_F(IpcTransportTest, CrossProcessCallRunsInTheOwnerWithTheCallersIdentity)
+TEST_P(IpcTransportTest, CrossProcessCallRunsInTheOwnerWithTheCallersIdentity)
 {
     struct Seen {
         int32_t pid = 0;
@@ -135,7 +168,7 @@ TEST_F(IpcTransportTest, CrossProcessCallRunsInTheOwnerWithTheCallersIdentity)
     EXPECT_EQ(seen.handlerPid, 200);
 }
 
-TEST_F(IpcTransportTest, CallWithinTheOwnerIsDirectAndLocal)
+TEST_P(IpcTransportTest, CallWithinTheOwnerIsDirectAndLocal)
 {
     std::thread::id innerThread;
     int32_t innerCaller = 0;
@@ -170,7 +203,7 @@ TEST_F(IpcTransportTest, CallWithinTheOwnerIsDirectAndLocal)
     EXPECT_EQ(outerCallers, (std::vector<int32_t>{300, 300}));
 }
 
-TEST_F(IpcTransportTest, OneWayReturnsAtOnceAndKeepsPerObjectOrder)
+TEST_P(IpcTransportTest, OneWayReturnsAtOnceAndKeepsPerObjectOrder)
 {
     Gate gate;
     std::mutex mutex;
@@ -224,7 +257,7 @@ TEST_F(IpcTransportTest, OneWayReturnsAtOnceAndKeepsPerObjectOrder)
     EXPECT_EQ(maxActive, 1);
 }
 
-TEST_F(IpcTransportTest, DeathFailsRequestsAndTellsRecipientsOnceInTheHolder)
+TEST_P(IpcTransportTest, DeathFailsRequestsAndTellsRecipientsOnceInTheHolder)
 {
     auto stub = MakeStub(service_, u"test.Mortal");
     sptr<IRemoteObject> proxy = Transfer(stub, client_);
@@ -266,7 +299,7 @@ TEST_F(IpcTransportTest, DeathFailsRequestsAndTellsRecipientsOnceInTheHolder)
     EXPECT_EQ(removed->Calls(), 0);
 }
 
-TEST_F(IpcTransportTest, DeathWakesWaitingCallersAndDropsQueuedOneWays)
+TEST_P(IpcTransportTest, DeathWakesWaitingCallersAndDropsQueuedOneWays)
 {
     Gate gate;
     std::promise<void> syncEntered;
@@ -306,7 +339,7 @@ TEST_F(IpcTransportTest, DeathWakesWaitingCallersAndDropsQueuedOneWays)
     EXPECT_EQ(queuedRan, 0);
 }
 
-TEST_F(IpcTransportTest, TransportFaultFailsRequestsWithoutDeliveryUntilCleared)
+TEST_P(IpcTransportTest, TransportFaultFailsRequestsWithoutDeliveryUntilCleared)
 {
     std::atomic<int> handled{0};
     auto stub = MakeStub(service_, u"test.Faulty", [&](uint32_t, MessageParcel&, MessageParcel&, auto&) {
@@ -328,7 +361,7 @@ TEST_F(IpcTransportTest, TransportFaultFailsRequestsWithoutDeliveryUntilCleared)
     EXPECT_EQ(handled, 1);
 }
 
-TEST_F(IpcTransportTest, ObserverSeesDeliveredRequestsWithStatusAndTag)
+TEST_P(IpcTransportTest, ObserverSeesDeliveredRequestsWithStatusAndTag)
 {
     std::mutex mutex;
     std::vector<TransactionRecord> records;
@@ -391,7 +424,7 @@ TEST_F(IpcTransportTest, ObserverSeesDeliveredRequestsWithStatusAndTag)
     EXPECT_EQ(records[1].tag, 0u);
 }
 
-TEST_F(IpcTransportTest, SyncCallGivesUpAfterItsWaitTime)
+TEST_P(IpcTransportTest, SyncCallGivesUpAfterItsWaitTime)
 {
     Gate gate;
     auto stub = MakeStub(service_, u"test.Slow", [&](uint32_t, MessageParcel&, MessageParcel& reply, auto&) {
@@ -409,7 +442,7 @@ TEST_F(IpcTransportTest, SyncCallGivesUpAfterItsWaitTime)
     EXPECT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
 }
 
-TEST_F(IpcTransportTest, SerialStubHandlesOneRequestAtATime)
+TEST_P(IpcTransportTest, SerialStubHandlesOneRequestAtATime)
 {
     for (bool serial : {false, true}) {
         std::mutex mutex;
@@ -447,7 +480,7 @@ TEST_F(IpcTransportTest, SerialStubHandlesOneRequestAtATime)
     }
 }
 
-TEST_F(IpcTransportTest, ObjectPassedOnReachesItsOwnerFromAThirdProcess)
+TEST_P(IpcTransportTest, ObjectPassedOnReachesItsOwnerFromAThirdProcess)
 {
     std::atomic<int32_t> callbackCaller{0};
     auto callback = MakeStub(client_, u"test.Callback", [&](uint32_t, MessageParcel&, MessageParcel&, auto&) {
@@ -487,7 +520,7 @@ TEST_F(IpcTransportTest, ObjectPassedOnReachesItsOwnerFromAThirdProcess)
     EXPECT_EQ(Transfer(callback, client_), sptr<IRemoteObject>(callback));
 }
 
-TEST_F(IpcTransportTest, ContextObjectIsSeenFromEachProcess)
+TEST_P(IpcTransportTest, ContextObjectIsSeenFromEachProcess)
 {
     auto manager = MakeStub(service_, u"test.Manager");
     EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
@@ -517,8 +550,11 @@ TEST_F(IpcTransportTest, ContextObjectIsSeenFromEachProcess)
     EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
 }
 
-TEST_F(IpcTransportTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads)
+TEST_P(IpcTransportTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads)
 {
+    if (OverSockets()) {
+        GTEST_SKIP() << "turns do not travel in frames yet";
+    }
     Sequencer::Enable();
     std::mutex mutex;
     std::vector<std::string> journal;
@@ -549,6 +585,9 @@ TEST_F(IpcTransportTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads
     ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
     EXPECT_THAT(journal, testing::ElementsAre("sync 0", "replied", "first 1", "first 2", "second 1", "second 2"));
 }
+
+INSTANTIATE_TEST_SUITE_P(Transports, IpcTransportTest, testing::Values(Transport::IN_PROCESS, Transport::SOCKETS),
+                         Name);
 
 }  // namespace
 }  // namespace Tarvo

@@ -53,6 +53,14 @@ void SocketTransport::Impl::CloseConnection(const std::shared_ptr<SocketConnecti
                 endpoint->peers.erase(chosen);
             }
         }
+        if (connection->inProcess) {
+            // What was written to it and not read will never be handled.
+            std::shared_ptr<SocketEndpoint> own = connection->endpoint.lock();
+            const int32_t ownPid = own != nullptr ? own->identity.pid : 0;
+            std::erase_if(handedOver_, [&](const auto& entry) {
+                return entry.first.first == connection->peerPid || entry.first.first == ownPid;
+            });
+        }
         for (auto& [id, waiter] : waiters_) {
             if (waiter->connection == connection.get() && !waiter->done) {
                 waiter->done = true;

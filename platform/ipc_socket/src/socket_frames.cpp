@@ -32,7 +32,8 @@ bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& end
         if (node == nullptr || !PeerHoldsLocked(*node, from->peerPid) || !CheckObjectsLocked(*endpoint, *from, frame)) {
             node = nullptr;
         } else if (oneWay) {
-            node->oneWay.push_back({from, std::move(frame)});
+            std::optional<WorkTracker::Token> counted = TakeHandedOverLocked({from->peerPid, frame.id});
+            node->oneWay.push_back({from, std::move(frame), counted ? std::move(counted) : WorkTracker::Token()});
             startDrain = !node->draining;
             node->draining = true;
         }

@@ -50,7 +50,7 @@ int SocketTransport::Impl::TransactHandle(uint64_t handle, uint32_t code, Messag
     }
     KeepUntilFreed(connection, false, request.id, std::move(holds));
     if (oneWay) {
-        return Send(connection, request) ? ERR_NONE : ERR_DEAD_OBJECT;
+        return SendOneWay(holder, connection, request);
     }
     WireFormat::Frame answer;
     int status = Call(connection, request, WaitSecondsOf(option), &answer);
@@ -64,6 +64,41 @@ int SocketTransport::Impl::TransactHandle(uint64_t handle, uint32_t code, Messag
         return ERR_DEAD_OBJECT;
     }
     return static_cast<int>(answer.code);
+}
+
+int SocketTransport::Impl::SendOneWay(const std::shared_ptr<SocketEndpoint>& holder,
+                                      const std::shared_ptr<SocketConnection>& connection,
+                                      const WireFormat::Frame& request)
+{
+    // Within this process the receiver takes the count over, so quiet never misses it on the way.
+    const std::pair<int32_t, uint64_t> key{holder->identity.pid, request.id};
+    if (connection->inProcess) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        handedOver_.emplace(key, WorkTracker::Token());
+    }
+    if (Send(connection, request)) {
+        return ERR_NONE;
+    }
+    DropHandedOver(key);
+    return ERR_DEAD_OBJECT;
+}
+
+std::optional<WorkTracker::Token> SocketTransport::Impl::TakeHandedOverLocked(const std::pair<int32_t, uint64_t>& key)
+{
+    auto found = handedOver_.find(key);
+    if (found == handedOver_.end()) {
+        return std::nullopt;
+    }
+    std::optional<WorkTracker::Token> token(std::move(found->second));
+    handedOver_.erase(found);
+    return token;
+}
+
+void SocketTransport::Impl::DropHandedOver(const std::pair<int32_t, uint64_t>& key)
+{
+    std::optional<WorkTracker::Token> dropped;
+    std::lock_guard<std::mutex> lock(mutex_);
+    dropped = TakeHandedOverLocked(key);
 }
 
 void SocketTransport::Impl::KeepUntilFreed(const std::shared_ptr<SocketConnection>& connection, bool isReply,

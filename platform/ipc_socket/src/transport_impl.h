@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <thread>
 #include <unordered_map>
@@ -28,6 +29,7 @@
 #include "socket_transport.h"
 #include "virtual_process.h"
 #include "wire_frame.h"
+#include "work_tracker.h"
 
 namespace Tarvo {
 
@@ -63,6 +65,8 @@ struct SocketNode {
     struct OneWay {
         std::shared_ptr<SocketConnection> from;
         WireFormat::Frame frame;
+        // Counted as work in flight until handled or dropped.
+        std::optional<WorkTracker::Token> pending;
     };
     std::weak_ptr<SocketEndpoint> owner;
     int32_t ownerPid = 0;
@@ -159,6 +163,11 @@ public:
     void DrainOneWay(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie);
     void SendReply(const std::shared_ptr<SocketEndpoint>& endpoint, const std::shared_ptr<SocketConnection>& to,
                    uint64_t id, int status, const MessageParcel& reply);
+    int SendOneWay(const std::shared_ptr<SocketEndpoint>& holder, const std::shared_ptr<SocketConnection>& connection,
+                   const WireFormat::Frame& request);
+    std::optional<WorkTracker::Token> TakeHandedOverLocked(const std::pair<int32_t, uint64_t>& key);
+    // Ends the count of a one-way request that will not arrive.
+    void DropHandedOver(const std::pair<int32_t, uint64_t>& key);
     void KeepUntilFreed(const std::shared_ptr<SocketConnection>& connection, bool isReply, uint64_t id,
                         std::vector<sptr<IRemoteObject>> holds);
     bool CheckObjectsLocked(const SocketEndpoint& endpoint, const SocketConnection& from,
@@ -220,6 +229,9 @@ public:
     std::unordered_map<uint64_t, std::shared_ptr<Waiter>> waiters_;
     std::unordered_map<uint64_t, Watched> watched_;
     std::set<int32_t> faultyPids_;
+    // One-way requests between sessions of this process, counted as work from the moment they are
+    // written until the receiver queues them: by (sender pid, frame id).
+    std::map<std::pair<int32_t, uint64_t>, WorkTracker::Token> handedOver_;
     std::shared_ptr<const TransactionObserver> observer_;
     std::weak_ptr<SocketEndpoint> contextEndpoint_;
     uint64_t contextCookie_ = 0;

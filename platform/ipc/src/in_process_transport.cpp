@@ -41,29 +41,12 @@ std::shared_ptr<ProcessSession> InProcessTransport::CurrentSession()
 
 void InProcessTransport::SetTransportFault(int32_t pid, bool fail)
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (fail) {
-        faultyPids_.insert(pid);
-    } else {
-        faultyPids_.erase(pid);
-    }
+    controls_.SetFault(pid, fail);
 }
 
 void InProcessTransport::SetTransactionObserver(TransactionObserver observer)
 {
-    std::shared_ptr<const TransactionObserver> replacement;
-    if (observer) {
-        replacement = std::make_shared<const TransactionObserver>(std::move(observer));
-    }
-    std::lock_guard<std::mutex> lock(mutex_);
-    // The old observer may be mid-call on a handling thread; that call keeps its own reference.
-    observer_.swap(replacement);
-}
-
-bool InProcessTransport::HasTransportFault(int32_t pid)
-{
-    std::lock_guard<std::mutex> lock(mutex_);
-    return faultyPids_.count(pid) != 0;
+    controls_.SetObserver(std::move(observer));
 }
 
 int InProcessTransport::Transact(uint64_t handle, uint32_t code, MessageParcel& data, MessageParcel& reply,
@@ -91,7 +74,7 @@ int InProcessTransport::TransactStub(const sptr<IPCObjectStub>& stub, uint32_t c
         // No transport within a process: the stub calls itself.
         return stub->SendRequest(code, data, reply, option);
     }
-    if (HasTransportFault(owner->Pid())) {
+    if (controls_.HasFault(owner->Pid())) {
         return ERR_TRANSACTION_FAILED;
     }
     if (!owner->IsAlive()) {
@@ -180,24 +163,16 @@ void InProcessTransport::Deliver(Transaction& txn)
 
 void InProcessTransport::Observe(const Transaction& txn, int status)
 {
-    std::shared_ptr<const TransactionObserver> observer;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        observer = observer_;
-    }
-    if (observer == nullptr) {
-        return;
-    }
-    TransactionRecord record;
-    record.descriptor = txn.target->GetObjectDescriptor();
-    record.code = txn.code;
-    record.status = status;
-    record.oneWay = txn.oneWay;
-    record.callerPid = txn.caller.pid;
-    record.targetPid = txn.targetPid;
-    record.tag = txn.tag;
-    record.reply = &txn.reply;
-    (*observer)(record);
+    controls_.Observe([&](TransactionRecord& record) {
+        record = {txn.target->GetObjectDescriptor(),
+                  txn.code,
+                  status,
+                  txn.oneWay,
+                  txn.caller.pid,
+                  txn.targetPid,
+                  txn.tag,
+                  &txn.reply};
+    });
 }
 
 bool InProcessTransport::FlattenObject(const sptr<IRemoteObject>& object, WireObject& wire)

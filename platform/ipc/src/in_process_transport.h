@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "ipc_transport.h"
+#include "transport_controls.h"
 #include "virtual_process.h"
 
 namespace Tarvo {
@@ -46,7 +47,6 @@ public:
     void SetTransactionObserver(TransactionObserver observer) override;
 
 private:
-    bool HasTransportFault(int32_t pid);
     std::shared_ptr<Transaction> MakeTransaction(const sptr<IPCObjectStub>& stub, const VirtualProcess& owner,
                                                  uint32_t code, const MessageParcel& data, const MessageOption& option);
     int SendSync(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner, MessageParcel& reply);
@@ -64,8 +64,7 @@ private:
     const std::unique_ptr<OneWayQueue> oneWay_;
 
     std::mutex mutex_;
-    std::set<int32_t> faultyPids_;
-    std::shared_ptr<const TransactionObserver> observer_;
+    TransportControls controls_;
     sptr<IRemoteObject> contextObject_;
     // Synchronous requests whose callers wait, in sending order; woken early when the target dies.
     std::vector<std::shared_ptr<Transaction>> waiting_;

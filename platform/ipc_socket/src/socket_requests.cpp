@@ -27,7 +27,7 @@ int SocketTransport::Impl::TransactHandle(uint64_t handle, uint32_t code, Messag
         if (found == handles_.end() || found->second.dead) {
             return ERR_DEAD_OBJECT;
         }
-        if (faultyPids_.count(found->second.owner) != 0) {
+        if (controls_.HasFault(found->second.owner)) {
             return ERR_TRANSACTION_FAILED;
         }
         connection = found->second.connection;
@@ -196,24 +196,10 @@ void SocketTransport::Impl::Observe(const SocketEndpoint& endpoint, const Socket
                                     const WireFormat::Frame& frame, const std::u16string& descriptor, int status,
                                     const MessageParcel& reply)
 {
-    std::shared_ptr<const TransactionObserver> observer;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        observer = observer_;
-    }
-    if (observer == nullptr) {
-        return;
-    }
-    TransactionRecord record;
-    record.descriptor = descriptor;
-    record.code = frame.code;
-    record.status = status;
-    record.oneWay = (frame.flags & WireFormat::FLAG_ONE_WAY) != 0;
-    record.callerPid = from.peer.pid;
-    record.targetPid = endpoint.identity.pid;
-    record.tag = frame.tag;
-    record.reply = &reply;
-    (*observer)(record);
+    const bool oneWay = (frame.flags & WireFormat::FLAG_ONE_WAY) != 0;
+    controls_.Observe([&](TransactionRecord& record) {
+        record = {descriptor, frame.code, status, oneWay, from.peer.pid, endpoint.identity.pid, frame.tag, &reply};
+    });
 }
 
 // One at a time per object, in the order received.

@@ -192,22 +192,12 @@ bool SocketTransport::SetContextObject(const sptr<IRemoteObject>& object)
 
 void SocketTransport::SetTransportFault(int32_t pid, bool fail)
 {
-    std::lock_guard<std::mutex> lock(impl_->mutex_);
-    if (fail) {
-        impl_->faultyPids_.insert(pid);
-    } else {
-        impl_->faultyPids_.erase(pid);
-    }
+    impl_->controls_.SetFault(pid, fail);
 }
 
 void SocketTransport::SetTransactionObserver(TransactionObserver observer)
 {
-    std::shared_ptr<const TransactionObserver> replacement;
-    if (observer) {
-        replacement = std::make_shared<const TransactionObserver>(std::move(observer));
-    }
-    std::lock_guard<std::mutex> lock(impl_->mutex_);
-    impl_->observer_.swap(replacement);
+    impl_->controls_.SetObserver(std::move(observer));
 }
 
 }  // namespace Tarvo

@@ -27,6 +27,7 @@
 #include "ipc_object_stub.h"
 #include "process_registry.h"
 #include "socket_transport.h"
+#include "transport_controls.h"
 #include "virtual_process.h"
 #include "wire_frame.h"
 #include "work_tracker.h"
@@ -228,11 +229,10 @@ public:
     std::map<std::tuple<const SocketEndpoint*, int32_t, uint64_t>, uint64_t> handleIndex_;
     std::unordered_map<uint64_t, std::shared_ptr<Waiter>> waiters_;
     std::unordered_map<uint64_t, Watched> watched_;
-    std::set<int32_t> faultyPids_;
+    TransportControls controls_;
     // One-way requests between sessions of this process, counted as work from the moment they are
     // written until the receiver queues them: by (sender pid, frame id).
     std::map<std::pair<int32_t, uint64_t>, WorkTracker::Token> handedOver_;
-    std::shared_ptr<const TransactionObserver> observer_;
     std::weak_ptr<SocketEndpoint> contextEndpoint_;
     uint64_t contextCookie_ = 0;
     uint64_t nextCookie_ = 1;

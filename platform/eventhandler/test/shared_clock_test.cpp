@@ -74,24 +74,14 @@ void ServeFleet(const Channel& driver)
     }
 }
 
-class SharedClockTest : public testing::Test {
+class SharedClockTest : public Forked::SharedPageTest {
 protected:
-    void SetUp() override
-    {
-        std::string reason;
-        ASSERT_TRUE(SharedTimePage::Make(page_, reason)) << reason;
-    }
-
     void Install() const
     {
         std::string reason;
         CHILD_REQUIRE(VirtualClock::InstallShared(page_, reason));
     }
     void Note(const std::string& name) const { Forked::Note(journal_, name + "@" + std::to_string(Now())); }
-
-    Forked::TempFolder folder_;
-    const std::string page_ = folder_.File("time");
-    const std::string journal_ = folder_.File("journal");
 };
 
 TEST_F(SharedClockTest, EveryProcessReadsTheTimeTheDriverSet)

@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,6 +23,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "shared_time_page.h"
 
 // In a child: reports the failed condition on stderr and ends the child with status 1.
 #define CHILD_REQUIRE(condition)                                                               \
@@ -90,8 +93,14 @@ public:
         int up[2];
         EXPECT_EQ(pipe2(down, O_CLOEXEC), 0);
         EXPECT_EQ(pipe2(up, O_CLOEXEC), 0);
+        const pid_t test = getpid();
         pid_ = fork();
         if (pid_ == 0) {
+            // A test that times out must not leave its children behind.
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            if (getppid() != test) {
+                _exit(1);
+            }
             close(down[1]);
             close(up[0]);
             Channel parent(down[0], up[1]);
@@ -143,6 +152,21 @@ public:
 
 private:
     std::string path_;
+};
+
+// Every participant is a forked child: the test process itself never attaches to the page it
+// makes, so its tests stay apart from each other.
+class SharedPageTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string reason;
+        ASSERT_TRUE(SharedTimePage::Make(page_, reason)) << reason;
+    }
+
+    TempFolder folder_;
+    const std::string page_ = folder_.File("time");
+    const std::string journal_ = folder_.File("journal");
 };
 
 inline void Note(const std::string& journal, const std::string& line)

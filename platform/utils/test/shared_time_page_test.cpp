@@ -23,15 +23,8 @@ using testing::HasSubstr;
 
 constexpr int kKilled = 128 + SIGKILL;
 
-// Every participant is a child: the test process itself never attaches, so its tests stay apart.
-class SharedTimePageTest : public testing::Test {
+class SharedTimePageTest : public Forked::SharedPageTest {
 protected:
-    void SetUp() override
-    {
-        std::string reason;
-        ASSERT_TRUE(SharedTimePage::Make(page_, reason)) << reason;
-    }
-
     // In a child: uses the page and runs sequenced.
     void Attach() const
     {
@@ -54,10 +47,6 @@ protected:
         }
         return 0;
     }
-
-    Forked::TempFolder folder_;
-    const std::string page_ = folder_.File("time");
-    const std::string journal_ = folder_.File("journal");
 };
 
 TEST_F(SharedTimePageTest, TurnsOfTwoProcessesAreTakenInLineOrderAcrossBoth)

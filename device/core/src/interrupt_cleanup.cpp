@@ -9,6 +9,8 @@
 #include <set>
 #include <thread>
 
+#include "process_launcher.h"
+
 namespace Tarvo::Emu {
 namespace {
 struct Folders {
@@ -59,6 +61,8 @@ void WaitForInterrupt(sigset_t signals)
         stop(signal);
         signal = NextSignal(signals);
     }
+    // The device's processes go with it.
+    ProcessLauncher::StopAll();
     RemoveRegistered();
     const char* name = sigabbrev_np(signal);
     const std::string message =

@@ -1,0 +1,133 @@
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "ipc_types.h"
+#include "transport_impl.h"
+
+namespace Tarvo {
+namespace {
+struct Obituary {
+    sptr<IPCObjectProxy> proxy;
+    std::weak_ptr<SocketEndpoint> holder;
+};
+
+void SendObituaries(std::vector<Obituary>& obituaries)
+{
+    for (Obituary& obituary : obituaries) {
+        std::vector<sptr<IRemoteObject::DeathRecipient>> recipients = obituary.proxy->MarkDead();
+        std::shared_ptr<SocketEndpoint> holder = obituary.holder.lock();
+        std::shared_ptr<VirtualProcess> session = holder ? holder->session.lock() : nullptr;
+        if (recipients.empty() || session == nullptr) {
+            continue;
+        }
+        sptr<IRemoteObject> proxy = obituary.proxy;
+        session->Post([proxy, recipients = std::move(recipients)] {
+            for (const auto& recipient : recipients) {
+                recipient->OnRemoteDied(wptr<IRemoteObject>(proxy));
+            }
+        });
+    }
+}
+}  // namespace
+
+// The peer is gone: what it owned dies, what it held is released, whoever waits on it is woken.
+// One-way requests it sent before it went are still delivered, as binder does.
+void SocketTransport::Impl::CloseConnection(const std::shared_ptr<SocketConnection>& connection)
+{
+    std::vector<Obituary> obituaries;
+    std::vector<sptr<IRemoteObject>> drops;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (connection->closed) {
+            return;
+        }
+        connection->closed = true;
+        if (connection->watchId != 0) {
+            Unwatch(connection->watchId, connection->fd);
+        }
+        shutdown(connection->fd, SHUT_RDWR);
+        if (std::shared_ptr<SocketEndpoint> endpoint = connection->endpoint.lock()) {
+            endpoint->connections.erase(connection);
+            auto chosen = endpoint->peers.find(connection->peerPid);
+            if (chosen != endpoint->peers.end() && chosen->second == connection) {
+                endpoint->peers.erase(chosen);
+            }
+        }
+        for (auto& [id, waiter] : waiters_) {
+            if (waiter->connection == connection.get() && !waiter->done) {
+                waiter->done = true;
+                waiter->status = ERR_DEAD_OBJECT;
+                waiter->woken.notify_all();
+            }
+        }
+        for (auto& [handle, entry] : handles_) {
+            if (entry.connection == connection && !entry.dead) {
+                entry.dead = true;
+                if (sptr<IPCObjectProxy> proxy = entry.proxy.promote()) {
+                    obituaries.push_back({std::move(proxy), entry.holder});
+                }
+            }
+        }
+        for (auto& [cookie, node] : nodes_) {
+            node.holders.erase(connection.get());
+            if (!node.context && !StrongHeldLocked(node)) {
+                drops.push_back(std::move(node.strongHold));
+            }
+        }
+        for (auto& [key, holds] : connection->pendingFree) {
+            drops.insert(drops.end(), holds.begin(), holds.end());
+        }
+        connection->pendingFree.clear();
+    }
+    SendObituaries(obituaries);
+}
+
+void SocketTransport::Impl::CloseEndpoint(const std::shared_ptr<SocketEndpoint>& endpoint)
+{
+    std::vector<std::shared_ptr<SocketConnection>> closing;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        endpoint->closed = true;
+        closing.assign(endpoint->connections.begin(), endpoint->connections.end());
+        for (auto [fd, watch, name] :
+             {std::tuple{&endpoint->listenFd, endpoint->listenWatch, "/sock/" + std::to_string(endpoint->identity.pid)},
+              std::tuple{&endpoint->contextFd, endpoint->contextWatch, std::string("/samgr")}}) {
+            if (*fd >= 0) {
+                Unwatch(watch, *fd);
+                unlink((options_.runDir + name).c_str());
+                close(*fd);
+                *fd = -1;
+            }
+        }
+        if (contextEndpoint_.lock() == endpoint) {
+            contextEndpoint_.reset();
+        }
+        // Peers in this real process learn of the death at once, not when their reads get to it.
+        for (const auto& [session, other] : endpoints_) {
+            for (const auto& connection : other->connections) {
+                if (other != endpoint && connection->inProcess && connection->peerPid == endpoint->identity.pid) {
+                    closing.push_back(connection);
+                }
+            }
+        }
+    }
+    for (const auto& connection : closing) {
+        CloseConnection(connection);
+    }
+}
+
+void SocketTransport::Impl::OnKilled(VirtualProcess& killed)
+{
+    std::shared_ptr<SocketEndpoint> endpoint;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto found = endpoints_.find(&killed);
+        if (found == endpoints_.end()) {
+            return;
+        }
+        endpoint = found->second;
+    }
+    CloseEndpoint(endpoint);
+}
+
+}  // namespace Tarvo

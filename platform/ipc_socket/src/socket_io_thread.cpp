@@ -1,0 +1,168 @@
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "transport_impl.h"
+
+namespace Tarvo {
+
+bool PeerCredentials(int fd, pid_t& pid, uid_t& uid);
+
+namespace {
+constexpr size_t kReadChunk = 64 * 1024;
+// Reads per wake-up of one connection, so that a busy peer does not starve the others.
+constexpr int kReadsPerTurn = 16;
+}  // namespace
+
+void SocketTransport::Impl::IoLoop()
+{
+    epoll_event events[32];
+    for (;;) {
+        int count = epoll_wait(epollFd_, events, 32, -1);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        for (int i = 0; i < count; ++i) {
+            if (events[i].data.u64 == 0) {
+                return;
+            }
+            Watched watched;
+            {
+                std::lock_guard<std::mutex> lock(mutex_);
+                auto found = watched_.find(events[i].data.u64);
+                if (found == watched_.end()) {
+                    continue;
+                }
+                watched = found->second;
+            }
+            if (watched.connection != nullptr) {
+                ReadFrom(watched.connection);
+            } else {
+                Accept(watched.endpoint, watched.listenFd);
+            }
+        }
+    }
+}
+
+void SocketTransport::Impl::Accept(const std::shared_ptr<SocketEndpoint>& endpoint, int listenFd)
+{
+    int fd = accept4(listenFd, nullptr, nullptr, SOCK_CLOEXEC);
+    if (fd < 0) {
+        return;
+    }
+    auto connection = std::make_shared<SocketConnection>(fd);
+    uid_t uid = 0;
+    if (!PeerCredentials(fd, connection->peerRealPid, uid)) {
+        return;
+    }
+    connection->peer.uid = static_cast<int32_t>(uid);
+    connection->peerPid = connection->peerRealPid;
+    connection->endpoint = endpoint;
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (endpoint->closed) {
+        return;
+    }
+    endpoint->connections.insert(connection);
+    connection->watchId = Watch(fd, endpoint, connection);
+}
+
+void SocketTransport::Impl::ReadFrom(const std::shared_ptr<SocketConnection>& connection)
+{
+    static thread_local uint8_t buffer[kReadChunk];
+    for (int turn = 0; turn < kReadsPerTurn && !connection->closed; ++turn) {
+        ssize_t got = recv(connection->fd, buffer, sizeof(buffer), MSG_DONTWAIT);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+            return;
+        }
+        if (got <= 0) {
+            if (got == 0 && !connection->reader.AtFrameBoundary()) {
+                Drop(connection, "stream ended inside a frame");
+            } else {
+                CloseConnection(connection);
+            }
+            return;
+        }
+        const uint8_t* input = buffer;
+        size_t left = static_cast<size_t>(got);
+        while (left > 0 && !connection->closed) {
+            WireFormat::Frame frame;
+            WireFormat::FrameReader::Status status = connection->reader.Feed(input, left, frame);
+            if (status == WireFormat::FrameReader::Status::BROKEN) {
+                Drop(connection, connection->reader.Error());
+                return;
+            }
+            if (status == WireFormat::FrameReader::Status::FRAME && !OnFrame(connection, frame)) {
+                return;
+            }
+        }
+    }
+}
+
+bool SocketTransport::Impl::OnFrame(const std::shared_ptr<SocketConnection>& connection, WireFormat::Frame& frame)
+{
+    if (!connection->established) {
+        if (frame.type != WireFormat::HELLO) {
+            Drop(connection, "frame before hello");
+            return false;
+        }
+        return OnHello(connection, frame);
+    }
+    std::shared_ptr<SocketEndpoint> endpoint = connection->endpoint.lock();
+    if (endpoint == nullptr) {
+        return false;
+    }
+    switch (frame.type) {
+        case WireFormat::REQUEST:
+            return OnRequest(endpoint, connection, frame);
+        case WireFormat::REPLY:
+        case WireFormat::ACQUIRE_RESULT:
+            return OnAnswer(connection, frame);
+        case WireFormat::ACQUIRE:
+            return OnAcquire(endpoint, connection, frame);
+        case WireFormat::RELEASE:
+            return OnRelease(connection, frame);
+        case WireFormat::FREE:
+            OnFree(connection, frame);
+            return true;
+        case WireFormat::CONTEXT_LOOKUP:
+            PostTo(endpoint, [self = shared_from_this(), endpoint, connection, id = frame.id] {
+                self->AnswerContextLookup(endpoint, connection, id);
+            });
+            return true;
+        default:
+            Drop(connection, "second hello");
+            return false;
+    }
+}
+
+bool SocketTransport::Impl::OnHello(const std::shared_ptr<SocketConnection>& connection, const WireFormat::Frame& frame)
+{
+    std::shared_ptr<SocketEndpoint> endpoint = connection->endpoint.lock();
+    if (endpoint == nullptr) {
+        return false;
+    }
+    bool verified = false;
+    ProcessIdentity peer = IdentityOf(connection->peerRealPid, static_cast<uid_t>(connection->peer.uid),
+                                      static_cast<int32_t>(frame.target), &verified);
+    if (Establish(endpoint, connection, peer, verified) == nullptr) {
+        return false;
+    }
+    WireFormat::Frame hello;
+    hello.type = WireFormat::HELLO;
+    hello.target = static_cast<uint32_t>(endpoint->identity.pid);
+    return Send(connection, hello);
+}
+
+// Work the I/O thread hands to the endpoint's session; false if the session takes no more.
+bool SocketTransport::Impl::PostTo(const std::shared_ptr<SocketEndpoint>& endpoint, std::function<void()> work)
+{
+    std::shared_ptr<VirtualProcess> session = endpoint->session.lock();
+    return session != nullptr && session->Post(std::move(work));
+}
+
+}  // namespace Tarvo

@@ -1,0 +1,238 @@
+#ifndef TARVO_IPC_SOCKET_TRANSPORT_IMPL_H
+#define TARVO_IPC_SOCKET_TRANSPORT_IMPL_H
+
+// The socket transport's state. One mutex guards every table; it is never held while writing to
+// a socket, waiting, or dropping a reference that may be an object's last.
+//
+// Objects have a global address (owner emulated pid, cookie). Cookies are unique within this real
+// process, so a parcel may carry any local session's object as a LOCAL cookie. Sessions of one real
+// process trust each other (the kernel says the peer is us); other peers must hold what they name.
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "ipc_object_proxy.h"
+#include "ipc_object_stub.h"
+#include "process_registry.h"
+#include "socket_transport.h"
+#include "virtual_process.h"
+#include "wire_frame.h"
+
+namespace Tarvo {
+
+struct SocketEndpoint;
+
+struct SocketConnection {
+    explicit SocketConnection(int fd) : fd(fd) {}
+    ~SocketConnection();
+    SocketConnection(const SocketConnection&) = delete;
+    SocketConnection& operator=(const SocketConnection&) = delete;
+
+    const int fd;
+    uint64_t watchId = 0;
+    std::weak_ptr<SocketEndpoint> endpoint;
+    // Set once the hello is through.
+    ProcessIdentity peer;
+    int32_t peerPid = 0;
+    pid_t peerRealPid = 0;
+    bool inProcess = false;
+    bool established = false;
+    std::atomic<bool> closed{false};
+    std::mutex writeMutex;
+    WireFormat::FrameReader reader;  // I/O thread only
+    // Objects of frames sent on this connection, kept until the peer frees the frame.
+    std::map<std::pair<bool, uint64_t>, std::vector<sptr<IRemoteObject>>> pendingFree;
+};
+
+struct SocketNode {
+    struct Refs {
+        int strong = 0;
+        int weak = 0;
+    };
+    struct OneWay {
+        std::shared_ptr<SocketConnection> from;
+        WireFormat::Frame frame;
+    };
+    std::weak_ptr<SocketEndpoint> owner;
+    int32_t ownerPid = 0;
+    const IRemoteObject* object = nullptr;
+    RefCounter* counter = nullptr;  // valid while `weak` lives
+    wptr<IRemoteObject> weak;
+    std::u16string descriptor;
+    // Kept while a connection holds the object strongly, or it is the context object.
+    sptr<IRemoteObject> strongHold;
+    std::map<const SocketConnection*, Refs> holders;
+    bool context = false;
+    std::deque<OneWay> oneWay;
+    bool draining = false;
+};
+
+struct SocketEndpoint {
+    std::weak_ptr<VirtualProcess> session;
+    ProcessIdentity identity;
+    int listenFd = -1;
+    uint64_t listenWatch = 0;
+    int contextFd = -1;
+    uint64_t contextWatch = 0;
+    bool closed = false;
+    std::set<std::shared_ptr<SocketConnection>> connections;
+    // The connection requests to a peer go on: the first one established.
+    std::map<int32_t, std::shared_ptr<SocketConnection>> peers;
+    std::weak_ptr<SocketConnection> contextConnection;
+};
+
+struct SocketHandle {
+    std::weak_ptr<SocketEndpoint> holder;
+    const SocketEndpoint* holderKey = nullptr;
+    std::shared_ptr<SocketConnection> connection;
+    int32_t owner = 0;
+    uint64_t cookie = 0;
+    std::u16string descriptor;
+    wptr<IPCObjectProxy> proxy;
+    bool dead = false;
+};
+
+class SocketTransport::Impl : public std::enable_shared_from_this<Impl> {
+public:
+    explicit Impl(SocketTransport::Options options);
+    ~Impl();
+    void Start();
+    void Stop();
+
+    // Endpoints and connections (socket_endpoints.cpp).
+    std::shared_ptr<SocketEndpoint> EndpointOf(const std::shared_ptr<VirtualProcess>& session);
+    std::shared_ptr<SocketEndpoint> OpenEndpoint(const std::shared_ptr<VirtualProcess>& session);
+    std::shared_ptr<SocketEndpoint> LocalEndpoint(int32_t pid);
+    std::shared_ptr<SocketConnection> ConnectionTo(const std::shared_ptr<SocketEndpoint>& endpoint, int32_t pid);
+    std::shared_ptr<SocketConnection> Connect(const std::shared_ptr<SocketEndpoint>& endpoint, const std::string& path,
+                                              int32_t expectedPid);
+    std::shared_ptr<SocketConnection> Establish(const std::shared_ptr<SocketEndpoint>& endpoint,
+                                                const std::shared_ptr<SocketConnection>& connection,
+                                                const ProcessIdentity& peer, bool verified);
+    bool Send(const std::shared_ptr<SocketConnection>& connection, const WireFormat::Frame& frame);
+    void Drop(const std::shared_ptr<SocketConnection>& connection, const std::string& reason);
+    void CloseConnection(const std::shared_ptr<SocketConnection>& connection);
+    void CloseEndpoint(const std::shared_ptr<SocketEndpoint>& endpoint);
+    void OnKilled(VirtualProcess& killed);
+    void Observe(const SocketEndpoint& endpoint, const SocketConnection& from, const WireFormat::Frame& frame,
+                 const std::u16string& descriptor, int status, const MessageParcel& reply);
+
+    // Objects and references (socket_objects.cpp).
+    uint64_t CookieFor(const sptr<IRemoteObject>& object, const std::shared_ptr<SocketEndpoint>& owner,
+                       int32_t ownerPid);
+    void SweepLocked();
+    sptr<IRemoteObject> ExistingProxy(const std::shared_ptr<SocketEndpoint>& holder,
+                                      const WireFormat::ObjectEntry& entry);
+    sptr<IRemoteObject> NewHandle(const std::shared_ptr<SocketEndpoint>& holder,
+                                  const std::shared_ptr<SocketConnection>& connection,
+                                  const WireFormat::ObjectEntry& entry, bool* extra);
+    void SendRelease(const std::shared_ptr<SocketConnection>& connection, uint64_t cookie);
+    bool EntryOf(const std::shared_ptr<SocketEndpoint>& sender, const MessageParcel::ObjectEntry& object,
+                 WireFormat::ObjectEntry& entry, std::vector<sptr<IRemoteObject>>& holds);
+    sptr<IRemoteObject> ProxyFor(const std::shared_ptr<SocketEndpoint>& holder, const WireFormat::ObjectEntry& entry,
+                                 int32_t onBehalf, bool* refused);
+    sptr<IRemoteObject> Resolve(const std::shared_ptr<SocketEndpoint>& reader, const WireObject& wire);
+    bool ToEntries(const std::shared_ptr<SocketEndpoint>& sender, const MessageParcel& parcel,
+                   std::vector<WireFormat::ObjectEntry>& entries, std::vector<sptr<IRemoteObject>>& holds);
+    bool Receive(const std::shared_ptr<SocketEndpoint>& endpoint, const std::shared_ptr<SocketConnection>& from,
+                 WireFormat::Frame& frame, bool isReply, MessageParcel& parcel);
+    void ReleaseRefs(uint64_t handle);
+
+    // Requests (socket_requests.cpp).
+    int TransactHandle(uint64_t handle, uint32_t code, MessageParcel& data, MessageParcel& reply,
+                       MessageOption& option);
+    int Call(const std::shared_ptr<SocketConnection>& connection, WireFormat::Frame& frame, int waitSeconds,
+             WireFormat::Frame* answer);
+    void HandleRequest(const std::shared_ptr<SocketEndpoint>& endpoint, const std::shared_ptr<SocketConnection>& from,
+                       WireFormat::Frame& frame);
+    void DrainOneWay(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie);
+    void SendReply(const std::shared_ptr<SocketEndpoint>& endpoint, const std::shared_ptr<SocketConnection>& to,
+                   uint64_t id, int status, const MessageParcel& reply);
+    void KeepUntilFreed(const std::shared_ptr<SocketConnection>& connection, bool isReply, uint64_t id,
+                        std::vector<sptr<IRemoteObject>> holds);
+    bool CheckObjectsLocked(const SocketEndpoint& endpoint, const SocketConnection& from,
+                            const WireFormat::Frame& frame);
+    void AnswerAcquire(const std::shared_ptr<SocketConnection>& to, uint64_t id, bool granted);
+    void AnswerContextLookup(const std::shared_ptr<SocketEndpoint>& endpoint,
+                             const std::shared_ptr<SocketConnection>& to, uint64_t id);
+    sptr<IRemoteObject> LookUpContext(const std::shared_ptr<SocketEndpoint>& endpoint);
+    bool BindContext(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie);
+    void UnbindContext();
+
+    // The I/O thread (socket_io_thread.cpp).
+    void IoLoop();
+    void Accept(const std::shared_ptr<SocketEndpoint>& endpoint, int listenFd);
+    void ReadFrom(const std::shared_ptr<SocketConnection>& connection);
+    bool OnFrame(const std::shared_ptr<SocketConnection>& connection, WireFormat::Frame& frame);
+    bool OnHello(const std::shared_ptr<SocketConnection>& connection, const WireFormat::Frame& frame);
+    bool OnRequest(const std::shared_ptr<SocketEndpoint>& endpoint, const std::shared_ptr<SocketConnection>& from,
+                   WireFormat::Frame& frame);
+    bool OnAcquire(const std::shared_ptr<SocketEndpoint>& endpoint, const std::shared_ptr<SocketConnection>& from,
+                   const WireFormat::Frame& frame);
+    bool OnRelease(const std::shared_ptr<SocketConnection>& from, const WireFormat::Frame& frame);
+    bool OnAnswer(const std::shared_ptr<SocketConnection>& from, WireFormat::Frame& frame);
+    void OnFree(const std::shared_ptr<SocketConnection>& from, const WireFormat::Frame& frame);
+    // Under mutex_.
+    bool PostTo(const std::shared_ptr<SocketEndpoint>& endpoint, std::function<void()> work);
+    // Under mutex_.
+    uint64_t Watch(int fd, std::shared_ptr<SocketEndpoint> endpoint, std::shared_ptr<SocketConnection> connection);
+    void Unwatch(uint64_t watchId, int fd);
+
+    // Under mutex_.
+    bool StrongHeldLocked(const SocketNode& node) const;
+    bool PeerHoldsLocked(const SocketNode& node, int32_t peerPid) const;
+    bool PendingLocked(const SocketEndpoint& endpoint, int32_t peerPid, const IRemoteObject* object) const;
+    SocketNode* OwnNodeLocked(const SocketEndpoint& endpoint, uint64_t cookie);
+    ProcessIdentity IdentityOf(pid_t realPid, uid_t realUid, int32_t claimed, bool* verified);
+
+    struct Waiter {
+        const SocketConnection* connection = nullptr;
+        bool done = false;
+        int status = 0;
+        WireFormat::Frame answer;
+        std::condition_variable woken;
+    };
+    struct Watched {
+        std::shared_ptr<SocketEndpoint> endpoint;
+        std::shared_ptr<SocketConnection> connection;
+        int listenFd = -1;
+    };
+
+    const SocketTransport::Options options_;
+    ProcessRegistry registry_;
+    std::mutex mutex_;
+    std::unordered_map<const VirtualProcess*, std::shared_ptr<SocketEndpoint>> endpoints_;
+    std::unordered_map<uint64_t, SocketNode> nodes_;
+    std::unordered_map<const IRemoteObject*, uint64_t> cookies_;
+    std::unordered_map<uint64_t, SocketHandle> handles_;
+    std::map<std::tuple<const SocketEndpoint*, int32_t, uint64_t>, uint64_t> handleIndex_;
+    std::unordered_map<uint64_t, std::shared_ptr<Waiter>> waiters_;
+    std::unordered_map<uint64_t, Watched> watched_;
+    std::set<int32_t> faultyPids_;
+    std::shared_ptr<const TransactionObserver> observer_;
+    std::weak_ptr<SocketEndpoint> contextEndpoint_;
+    uint64_t contextCookie_ = 0;
+    uint64_t nextCookie_ = 1;
+    uint64_t nextHandle_ = 1;
+    uint64_t nextId_ = 1;
+    uint64_t nextWatch_ = 1;
+    size_t sweepAt_ = 64;
+    int epollFd_ = -1;
+    int wakeFd_ = -1;
+    std::thread ioThread_;
+};
+
+}  // namespace Tarvo
+
+#endif  // TARVO_IPC_SOCKET_TRANSPORT_IMPL_H

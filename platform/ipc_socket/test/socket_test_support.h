@@ -1,0 +1,37 @@
+#ifndef TARVO_IPC_SOCKET_TEST_SOCKET_TEST_SUPPORT_H
+#define TARVO_IPC_SOCKET_TEST_SOCKET_TEST_SUPPORT_H
+
+// The socket transport installed once per test process, in a run folder of its own.
+
+#include <stdlib.h>
+
+#include <string>
+
+#include "socket_transport.h"
+
+namespace Tarvo::SocketTest {
+
+// Short, so that socket paths stay within the address limit.
+inline const std::string& RunDir()
+{
+    static const std::string dir = [] {
+        char pattern[] = "/tmp/zs-XXXXXX";
+        const char* made = mkdtemp(pattern);
+        return std::string(made != nullptr ? made : "/tmp");
+    }();
+    return dir;
+}
+
+inline SocketTransport& Transport()
+{
+    static auto* transport = [] {
+        auto* made = new SocketTransport({RunDir()});
+        IPCTransport::Install(made);
+        return made;
+    }();
+    return *transport;
+}
+
+}  // namespace Tarvo::SocketTest
+
+#endif  // TARVO_IPC_SOCKET_TEST_SOCKET_TEST_SUPPORT_H

@@ -1,0 +1,271 @@
+#include "socket_transport.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+#include "hilog.h"
+#include "ipc_object_proxy.h"
+#include "ipc_skeleton.h"
+#include "ipc_test_support.h"
+#include "ipc_types.h"
+#include "socket_test_support.h"
+#include "wire_frame.h"
+
+namespace Tarvo {
+namespace {
+using namespace IpcTest;
+
+class Latch {
+public:
+    void Note(int32_t value)
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        values_.push_back(value);
+        changed_.notify_all();
+    }
+    std::vector<int32_t> WaitFor(size_t count)
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait_for(lock, kTimeout, [&] { return values_.size() >= count; });
+        return values_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<int32_t> values_;
+};
+
+class Recipient : public IRemoteObject::DeathRecipient {
+public:
+    explicit Recipient(Latch& latch) : latch_(latch) {}
+    void OnRemoteDied(const wptr<IRemoteObject>&) override { latch_.Note(VirtualProcess::Current()->Pid()); }
+
+private:
+    Latch& latch_;
+};
+
+class SocketTransportTest : public testing::Test {
+protected:
+    void SetUp() override { SocketTest::Transport(); }
+
+    std::shared_ptr<VirtualProcess> service_ = MakeProcess(3001, "service");
+    std::shared_ptr<VirtualProcess> client_ = MakeProcess(3002, "client");
+    std::shared_ptr<VirtualProcess> third_ = MakeProcess(3003, "third");
+};
+
+TEST_F(SocketTransportTest, RequestRunsInTheOwnerWithTheCallersIdentityAndTag)
+{
+    sptr<FunctionStub> stub =
+        MakeStub(service_, u"test.Echo", [](uint32_t, MessageParcel& data, MessageParcel& reply, MessageOption&) {
+            reply.WriteInt32(data.ReadInt32() * 2);
+            reply.WriteInt32(IPCSkeleton::GetCallingPid());
+            reply.WriteInt32(IPCSkeleton::GetCallingUid());
+            reply.WriteInt32(VirtualProcess::Current()->Pid());
+            reply.WriteUint64(IPCTransport::CurrentTag());
+            return 5;
+        });
+    sptr<IRemoteObject> proxy = Transfer(stub, client_);
+    ASSERT_NE(proxy, nullptr);
+    ASSERT_TRUE(proxy->IsProxyObject());
+    EXPECT_EQ(Transfer(stub, client_), proxy);
+    ScopedProcess scope(client_);
+    IPCTransport::ScopedTag tag(77);
+    MessageParcel data;
+    MessageParcel reply;
+    MessageOption option;
+    data.WriteInt32(21);
+    ASSERT_EQ(proxy->SendRequest(1, data, reply, option), 5);
+    EXPECT_EQ(reply.ReadInt32(), 42);
+    EXPECT_EQ(reply.ReadInt32(), 3002);
+    EXPECT_EQ(reply.ReadInt32(), 13002);
+    EXPECT_EQ(reply.ReadInt32(), 3001);
+    EXPECT_EQ(reply.ReadUint64(), 77u);
+}
+
+TEST_F(SocketTransportTest, ObjectsTravelAsReferencesAndComeHomeAsThemselves)
+{
+    sptr<FunctionStub> callback =
+        MakeStub(client_, u"test.Callback", [](uint32_t, MessageParcel& data, MessageParcel& reply, MessageOption&) {
+            reply.WriteInt32(data.ReadInt32() + 1);
+            reply.WriteInt32(IPCSkeleton::GetCallingPid());
+            return 0;
+        });
+    // The service calls the callback it was given, inside the client's request, and hands it back.
+    sptr<FunctionStub> relay =
+        MakeStub(service_, u"test.Relay", [](uint32_t, MessageParcel& data, MessageParcel& reply, MessageOption&) {
+            sptr<IRemoteObject> object = data.ReadRemoteObject();
+            int32_t answer = 0;
+            int status = object == nullptr ? -1 : Call(object, 1, 10, &answer);
+            reply.WriteInt32(status);
+            reply.WriteInt32(answer);
+            reply.WriteRemoteObject(object);
+            return 0;
+        });
+    sptr<IRemoteObject> proxy = Transfer(relay, client_);
+    ScopedProcess scope(client_);
+    MessageParcel data;
+    MessageParcel reply;
+    MessageOption option;
+    ASSERT_TRUE(data.WriteRemoteObject(callback));
+    ASSERT_EQ(proxy->SendRequest(1, data, reply, option), 0);
+    EXPECT_EQ(reply.ReadInt32(), 0);
+    EXPECT_EQ(reply.ReadInt32(), 11);
+    EXPECT_EQ(reply.ReadRemoteObject(), sptr<IRemoteObject>(callback));
+}
+
+TEST_F(SocketTransportTest, OneWayRequestsToAnObjectArriveInOrder)
+{
+    Latch latch;
+    sptr<FunctionStub> stub =
+        MakeStub(service_, u"test.Sink", [&latch](uint32_t, MessageParcel& data, MessageParcel&, MessageOption&) {
+            latch.Note(data.ReadInt32());
+            return 0;
+        });
+    sptr<IRemoteObject> proxy = Transfer(stub, client_);
+    ScopedProcess scope(client_);
+    std::vector<int32_t> sent;
+    for (int32_t i = 0; i < 500; ++i) {
+        ASSERT_EQ(Call(proxy, 1, i, nullptr, MessageOption::TF_ASYNC), 0);
+        sent.push_back(i);
+    }
+    EXPECT_EQ(latch.WaitFor(sent.size()), sent);
+}
+
+TEST_F(SocketTransportTest, KilledOwnerFailsRequestsAndTellsRecipientsInTheHolder)
+{
+    Latch died;
+    sptr<FunctionStub> stub = MakeStub(service_, u"test.Mortal");
+    sptr<IRemoteObject> proxy = Transfer(stub, client_);
+    ASSERT_TRUE(proxy->AddDeathRecipient(new Recipient(died)));
+    service_->Kill();
+    EXPECT_TRUE(proxy->IsObjectDead());
+    EXPECT_EQ(died.WaitFor(1), std::vector<int32_t>{3002});
+    ScopedProcess scope(client_);
+    EXPECT_EQ(Call(proxy, 1, 0), ERR_DEAD_OBJECT);
+    EXPECT_FALSE(proxy->AddDeathRecipient(new Recipient(died)));
+    sptr<IRemoteObject> late = Transfer(stub, third_);
+    ASSERT_NE(late, nullptr);
+    EXPECT_TRUE(late->IsObjectDead());
+}
+
+TEST_F(SocketTransportTest, FaultsObserverAndTimeOut)
+{
+    std::mutex mutex;
+    std::vector<TransactionRecord> seen;
+    SocketTest::Transport().SetTransactionObserver([&](const TransactionRecord& record) {
+        std::lock_guard<std::mutex> lock(mutex);
+        seen.push_back(record);
+    });
+    // Shared with the handler, which outlives the test's wait.
+    auto gate = std::make_shared<std::mutex>();
+    gate->lock();
+    sptr<FunctionStub> stub =
+        MakeStub(service_, u"test.Slow", [gate](uint32_t code, MessageParcel&, MessageParcel&, MessageOption&) {
+            if (code == 9) {
+                std::lock_guard<std::mutex> wait(*gate);
+            }
+            return 3;
+        });
+    sptr<IRemoteObject> proxy = Transfer(stub, client_);
+    ScopedProcess scope(client_);
+    SocketTest::Transport().SetTransportFault(3001, true);
+    EXPECT_EQ(Call(proxy, 1, 0), ERR_TRANSACTION_FAILED);
+    SocketTest::Transport().SetTransportFault(3001, false);
+    {
+        IPCTransport::ScopedTag tag(5);
+        EXPECT_EQ(Call(proxy, 2, 0), 3);
+    }
+    EXPECT_EQ(Call(proxy, 9, 0, nullptr, MessageOption::TF_SYNC, 1), ERR_TIMED_OUT);
+    SocketTest::Transport().SetTransactionObserver(nullptr);
+    gate->unlock();
+    std::lock_guard<std::mutex> lock(mutex);
+    ASSERT_GE(seen.size(), 1u);
+    EXPECT_EQ(seen[0].descriptor, u"test.Slow");
+    EXPECT_EQ(seen[0].code, 2u);
+    EXPECT_EQ(seen[0].status, 3);
+    EXPECT_EQ(seen[0].callerPid, 3002);
+    EXPECT_EQ(seen[0].targetPid, 3001);
+    EXPECT_EQ(seen[0].tag, 5u);
+}
+
+TEST_F(SocketTransportTest, ContextObjectIsSeenFromEachSession)
+{
+    EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
+    sptr<FunctionStub> manager = MakeStub(service_, u"test.Manager");
+    {
+        ScopedProcess scope(service_);
+        ASSERT_TRUE(IPCSkeleton::SetContextObject(manager));
+        EXPECT_EQ(IPCSkeleton::GetContextObject(), sptr<IRemoteObject>(manager));
+    }
+    sptr<IRemoteObject> seen;
+    {
+        ScopedProcess scope(client_);
+        seen = IPCSkeleton::GetContextObject();
+    }
+    ASSERT_NE(seen, nullptr);
+    EXPECT_TRUE(seen->IsProxyObject());
+    EXPECT_EQ(Call(seen, PING_TRANSACTION, 0), 0);
+    EXPECT_TRUE(IPCSkeleton::SetContextObject(nullptr));
+    EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
+    ASSERT_TRUE(IPCSkeleton::SetContextObject(seen));
+    service_->Kill();
+    EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
+}
+
+// A peer breaking the format is dropped with one line; others go on being served.
+TEST_F(SocketTransportTest, MalformedStreamsDropOnlyThatPeer)
+{
+    sptr<FunctionStub> stub = MakeStub(service_, u"test.Target");
+    sptr<IRemoteObject> proxy = Transfer(stub, client_);
+    std::string path = SocketTest::RunDir() + "/sock/3001";
+    auto hello = WireFormat::Encode({WireFormat::HELLO, 0, 0, 0, 0, 9999, {}, {}});
+    WireFormat::Frame unheld{WireFormat::REQUEST, 0, 1, 1, 0, 1, {}, {}};
+    struct Case {
+        std::vector<uint8_t> bytes;
+        const char* reason;
+    };
+    std::vector<uint8_t> truncated = WireFormat::Encode(unheld);
+    truncated.resize(20);
+    std::vector<uint8_t> oversize = WireFormat::Encode(unheld);
+    oversize[40] = 0xff, oversize[41] = 0xff, oversize[42] = 0x1f;
+    const Case cases[] = {
+        {WireFormat::Encode(unheld), "request naming an object it does not hold"},
+        {truncated, "stream ended inside a frame"},
+        {oversize, "frame over the size limit"},
+        {WireFormat::Encode({WireFormat::REQUEST, 0, 0, 0, 0, 0, {}, {}}), "frame before hello"},
+    };
+    for (const Case& c : cases) {
+        HiviewDFX::LogCapture capture;
+        int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::snprintf(address.sun_path, sizeof(address.sun_path), "%s", path.c_str());
+        ASSERT_EQ(connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        std::vector<uint8_t> bytes = c.reason == std::string("frame before hello") ? c.bytes : hello;
+        if (bytes != c.bytes) {
+            bytes.insert(bytes.end(), c.bytes.begin(), c.bytes.end());
+        }
+        ASSERT_EQ(send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
+        shutdown(fd, SHUT_WR);
+        char sink[256];
+        while (recv(fd, sink, sizeof(sink), 0) > 0) {
+        }
+        close(fd);
+        ScopedProcess scope(client_);
+        EXPECT_EQ(Call(proxy, PING_TRANSACTION, 0), 0) << c.reason;
+        std::vector<std::string> errors = capture.Messages(HiviewDFX::LOG_ERROR);
+        ASSERT_EQ(errors.size(), 1u) << c.reason;
+        EXPECT_EQ(errors[0], "dropping peer pid " + std::to_string(getpid()) + " (real pid " +
+                                 std::to_string(getpid()) + "): " + c.reason);
+    }
+}
+
+}  // namespace
+}  // namespace Tarvo

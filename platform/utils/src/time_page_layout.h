@@ -74,7 +74,7 @@ void Initialise(Layout& page);
 // Prints the reason on stderr and aborts: the device cannot go on with its time broken.
 [[noreturn]] void Fail(const char* what);
 
-// The page's mutex; a holder that died is noted and its state taken over as it stands.
+// The page's mutex; the state a holder that died left is taken over as it stands.
 class Lock {
 public:
     explicit Lock(Layout& page);

@@ -122,6 +122,30 @@ TEST_F(SharedTimePageTest, HandOffAndCarriedTurnsKeepTheirPlaceAcrossProcesses)
     EXPECT_THAT(Forked::Lines(journal_), ElementsAre("sender hand-off", "receiver 1", "receiver 2", "carried work"));
 }
 
+TEST_F(SharedTimePageTest, WorkBegunInOneProcessMayEndInAnotherAndTheWaiterHearsOfIt)
+{
+    ForkedChild waiter([this](Channel& test) {
+        Attach();
+        WorkTracker::GetInstance().Begin();
+        test.Send(1);
+        CHILD_REQUIRE(WorkTracker::GetInstance().WaitQuiet(10s));
+        Forked::Note(journal_, "quiet");
+        return 0;
+    });
+    ForkedChild ender([this](Channel& test) {
+        Attach();
+        test.Expect();
+        Forked::Note(journal_, "in flight " + std::to_string(WorkTracker::GetInstance().InFlight()));
+        WorkTracker::GetInstance().End();
+        return 0;
+    });
+    waiter.Talk().Receive();
+    ender.Talk().Send(1);
+    EXPECT_EQ(ender.Wait(), 0);
+    EXPECT_EQ(waiter.Wait(), 0);
+    EXPECT_THAT(Forked::Lines(journal_), ElementsAre("in flight 1", "quiet"));
+}
+
 struct Death {
     const char* name;
     bool holdsBaton;

@@ -40,18 +40,17 @@ namespace Tarvo::Forked {
 // One end of a two-way stream of numbers.
 class Channel {
 public:
-    Channel() = default;
-    Channel(int in, int out) : in_(in), out_(out) {}
+    explicit Channel(int fd = -1) : fd_(fd) {}
 
     void Send(uint64_t value) const
     {
-        CHILD_REQUIRE(write(out_, &value, sizeof(value)) == static_cast<ssize_t>(sizeof(value)));
+        CHILD_REQUIRE(write(fd_, &value, sizeof(value)) == static_cast<ssize_t>(sizeof(value)));
     }
     // Nothing once the other side has gone.
     std::optional<uint64_t> Receive() const
     {
         uint64_t value = 0;
-        if (read(in_, &value, sizeof(value)) != static_cast<ssize_t>(sizeof(value))) {
+        if (read(fd_, &value, sizeof(value)) != static_cast<ssize_t>(sizeof(value))) {
             return std::nullopt;
         }
         return value;
@@ -63,36 +62,26 @@ public:
         CHILD_REQUIRE(value.has_value());
         return *value;
     }
-    void Close()
-    {
-        close(in_);
-        if (out_ != in_) {
-            close(out_);
-        }
-    }
+    void Close() const { close(fd_); }
 
 private:
-    int in_ = -1;
-    int out_ = -1;
+    int fd_;
 };
 
-// Two channels joined to each other, for processes that talk without the test in between.
+// Two channels joined to each other.
 inline std::pair<Channel, Channel> ChannelPair()
 {
     int fds[2];
     EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds), 0);
-    return {Channel(fds[0], fds[0]), Channel(fds[1], fds[1])};
+    return {Channel(fds[0]), Channel(fds[1])};
 }
 
 class ForkedChild {
 public:
-    // Forks; the child runs `body` with its end of the pipes and exits with what it returns.
-    explicit ForkedChild(const std::function<int(Channel& parent)>& body)
+    // Forks; the child runs `body` with its end of the channel and exits with what it returns.
+    explicit ForkedChild(const std::function<int(Channel& test)>& body)
     {
-        int down[2];
-        int up[2];
-        EXPECT_EQ(pipe2(down, O_CLOEXEC), 0);
-        EXPECT_EQ(pipe2(up, O_CLOEXEC), 0);
+        auto [mine, theirs] = ChannelPair();
         const pid_t test = getpid();
         pid_ = fork();
         if (pid_ == 0) {
@@ -101,14 +90,11 @@ public:
             if (getppid() != test) {
                 _exit(1);
             }
-            close(down[1]);
-            close(up[0]);
-            Channel parent(down[0], up[1]);
-            _exit(body(parent));
+            mine.Close();
+            _exit(body(theirs));
         }
-        close(down[0]);
-        close(up[1]);
-        channel_ = Channel(up[0], down[1]);
+        theirs.Close();
+        channel_ = mine;
     }
     ~ForkedChild()
     {

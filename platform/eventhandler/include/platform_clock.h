@@ -6,10 +6,13 @@
 // Contract:
 //  - Real mode (the default): milliseconds of the steady clock since the clock was first read.
 //  - Virtual mode (after VirtualClock::Install()): the virtual time, 0 at power-on, moved only by
-//    VirtualClock. It never goes back.
+//    VirtualClock. It never goes back. After VirtualClock::InstallShared() it is the value every
+//    process of the device reads.
 //  - now() is lock-free and may be called from any thread, also while holding locks.
 
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 
 namespace Tarvo {
 
@@ -27,6 +30,8 @@ public:
 private:
     friend class VirtualClock;
     static void EnableVirtualTime() noexcept;
+    // Virtual time is read from (and moved in) `value` from now on.
+    static void UseSharedValue(std::atomic<int64_t>* value) noexcept;
     // Ignores a time earlier than the current one.
     static void SetVirtualNow(time_point when) noexcept;
 };

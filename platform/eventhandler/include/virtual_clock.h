@@ -16,13 +16,19 @@
 //    time (a hang, which the caller reports), or if virtual time is not installed.
 //  - One thread drives the clock at a time, and never from inside a runner's task (it would wait
 //    for itself).
+//  - A device of several real processes: each calls InstallShared() instead of Install(), so the
+//    clock, the line of turns and the work count are the device's (SharedTimePage). The driver
+//    moves them all through a fleet (SetFleet) that reaches NextDueHere() and MoveHere() of each
+//    process; without one it moves its own process alone.
 
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "platform_clock.h"
 #include "virtual_time_client.h"
+#include "virtual_time_fleet.h"
 
 namespace Tarvo {
 
@@ -31,18 +37,28 @@ public:
     static constexpr std::chrono::milliseconds kDefaultQuietLimit = std::chrono::seconds(10);
 
     static void Install();
+    // Install() on the page at `path` (SharedTimePage::Make()); false with a reason if it is refused.
+    static bool InstallShared(const std::string& path, std::string& reason);
+    // Whom the driver moves; nullptr: this process alone.
+    static void SetFleet(std::shared_ptr<VirtualTimeFleet> fleet);
     static bool AdvanceTo(PlatformClock::time_point until, std::chrono::milliseconds quietLimit = kDefaultQuietLimit);
     static bool AdvanceBy(PlatformClock::duration delta, std::chrono::milliseconds quietLimit = kDefaultQuietLimit);
     // Runs what is due now and whatever it causes; for after a request has been sent.
     static bool WaitQuiet(std::chrono::milliseconds quietLimit = kDefaultQuietLimit);
-    // The earliest due time among all clients' pending work.
+    // The earliest due time of the fleet's pending work.
     static std::optional<PlatformClock::time_point> NextDue();
+
+    // This process's part of a move. The earliest due time among this process's clients:
+    static std::optional<PlatformClock::time_point> NextDueHere();
+    // The driver has moved the clock to `when` and holds the baton: this process's clients reserve
+    // the turns of their due tasks and count them. Called on a thread that needs no turn.
+    static void MoveHere(PlatformClock::time_point when);
 
     // Clients are held weakly: one that is gone simply drops out.
     static void AddClient(const std::weak_ptr<VirtualTimeClient>& client);
 
 private:
-    static void MoveTo(PlatformClock::time_point when);
+    static bool MoveTo(PlatformClock::time_point when);
 };
 
 }  // namespace Tarvo

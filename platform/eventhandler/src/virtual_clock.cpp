@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "sequencer.h"
+#include "shared_time_page.h"
 #include "work_tracker.h"
 
 namespace Tarvo {
@@ -12,6 +13,18 @@ namespace {
 struct Registry {
     std::mutex mutex;
     std::vector<std::weak_ptr<VirtualTimeClient>> clients;
+    std::shared_ptr<VirtualTimeFleet> fleet;
+};
+
+// The driver's own process, alone.
+class LocalFleet final : public VirtualTimeFleet {
+public:
+    std::optional<PlatformClock::time_point> NextDue() override { return VirtualClock::NextDueHere(); }
+    bool MoveTo(PlatformClock::time_point when) override
+    {
+        VirtualClock::MoveHere(when);
+        return true;
+    }
 };
 
 Registry& GetRegistry()
@@ -35,12 +48,39 @@ std::vector<std::shared_ptr<VirtualTimeClient>> LiveClients()
     }
     return live;
 }
+
+std::shared_ptr<VirtualTimeFleet> Fleet()
+{
+    Registry& registry = GetRegistry();
+    std::lock_guard<std::mutex> lock(registry.mutex);
+    if (!registry.fleet) {
+        registry.fleet = std::make_shared<LocalFleet>();
+    }
+    return registry.fleet;
+}
 }  // namespace
 
 void VirtualClock::Install()
 {
     PlatformClock::EnableVirtualTime();
     Sequencer::Enable();
+}
+
+bool VirtualClock::InstallShared(const std::string& path, std::string& reason)
+{
+    if (!SharedTimePage::Attach(path, reason)) {
+        return false;
+    }
+    PlatformClock::UseSharedValue(SharedTimePage::Clock());
+    Install();
+    return true;
+}
+
+void VirtualClock::SetFleet(std::shared_ptr<VirtualTimeFleet> fleet)
+{
+    Registry& registry = GetRegistry();
+    std::lock_guard<std::mutex> lock(registry.mutex);
+    registry.fleet = std::move(fleet);
 }
 
 void VirtualClock::AddClient(const std::weak_ptr<VirtualTimeClient>& client)
@@ -52,6 +92,11 @@ void VirtualClock::AddClient(const std::weak_ptr<VirtualTimeClient>& client)
 }
 
 std::optional<PlatformClock::time_point> VirtualClock::NextDue()
+{
+    return Fleet()->NextDue();
+}
+
+std::optional<PlatformClock::time_point> VirtualClock::NextDueHere()
 {
     std::optional<PlatformClock::time_point> earliest;
     for (const auto& client : LiveClients()) {
@@ -85,10 +130,11 @@ bool VirtualClock::AdvanceTo(PlatformClock::time_point until, std::chrono::milli
         if (!next || *next > until) {
             break;
         }
-        MoveTo(*next);
+        if (!MoveTo(*next)) {
+            return false;
+        }
     }
-    MoveTo(until);
-    return WaitQuiet(quietLimit);
+    return MoveTo(until) && WaitQuiet(quietLimit);
 }
 
 bool VirtualClock::AdvanceBy(PlatformClock::duration delta, std::chrono::milliseconds quietLimit)
@@ -96,11 +142,18 @@ bool VirtualClock::AdvanceBy(PlatformClock::duration delta, std::chrono::millise
     return AdvanceTo(PlatformClock::now() + std::max(delta, PlatformClock::duration::zero()), quietLimit);
 }
 
-void VirtualClock::MoveTo(PlatformClock::time_point when)
+bool VirtualClock::MoveTo(PlatformClock::time_point when)
 {
-    // Held while every client reserves its turns, so a task that starts at once cannot slip in
-    // between two clients and change their order.
+    // Held while every client of every process reserves its turns, so a task that starts at once
+    // cannot slip in between two clients and change their order.
     Sequencer::Hold hold;
+    PlatformClock::SetVirtualNow(when);
+    return Fleet()->MoveTo(when);
+}
+
+void VirtualClock::MoveHere(PlatformClock::time_point when)
+{
+    // Already there unless this process keeps a clock of its own.
     PlatformClock::SetVirtualNow(when);
     for (const auto& client : LiveClients()) {
         client->OnTimeAdvanced();

@@ -20,6 +20,10 @@
 //  - Finish() gives the baton up; a thread that does not hold it is ignored.
 //  - A holder must not block on another sequenced thread except through Yield (which gives the
 //    baton up for the wait and takes a reserved turn back).
+//  - Turns are numbered so that line order is number order. Once SharedTimePage is attached the
+//    line and the baton are those of the whole device: a turn reserved in one process may be taken
+//    in another. Each turn belongs to the process that reserved it (or adopted it); Forget(pid)
+//    cancels a dead process's turns and releases the baton if it held it.
 
 #include <cstdint>
 
@@ -40,6 +44,13 @@ public:
     static void Cancel(Turn turn);
     static void Finish();
     static bool Holding();
+    // True for a turn reserved with ReserveFirst().
+    static bool IsHandOff(Turn turn);
+    // Makes a turn reserved elsewhere this process's, so it goes with this one if it dies; false if
+    // it is no longer in line.
+    static bool Adopt(Turn turn);
+    // A process is gone: its turns are cancelled and the baton released if it held it.
+    static void Forget(int32_t pid);
     // Turns taken so far; a driver that sees it still for long knows the device is stuck.
     static uint64_t Progress();
 

@@ -15,6 +15,9 @@
 //    it. PostNext() queues work before everything waiting, for a hand-off: a synchronous request
 //    whose sender waits for it; it gets a thread even past kMaxThreads, since the others may all
 //    be waiting for later turns.
+//  - PostTurn() queues work whose turn was reserved already, maybe in another real process (a
+//    message that carries its turn); the turn becomes this process's. A turn cancelled meanwhile
+//    (its reserver died) is replaced by one at the back of the line.
 //  - Kill() is terminal: IsAlive() turns false, Post() is refused, kill observers run once on the
 //    calling thread. Work already running finishes; work already queued still runs, and must check
 //    IsAlive() itself if a dead process must not act.
@@ -62,6 +65,7 @@ public:
     void Kill();
     bool Post(std::function<void()> work);
     bool PostNext(std::function<void()> work);
+    bool PostTurn(Sequencer::Turn turn, std::function<void()> work);
     // A thread that works for this process (event runners, delivery threads).
     std::thread StartThread(std::function<void()> body);
 
@@ -86,7 +90,8 @@ private:
         bool alive = true;
         bool stopping = false;
     };
-    bool Enqueue(std::function<void()> work, bool next);
+    enum class Order { BACK, FIRST, GIVEN };
+    bool Enqueue(std::function<void()> work, Order order, Sequencer::Turn turn);
     static void WorkerLoop(const std::shared_ptr<Pool>& pool);
 
     const ProcessIdentity identity_;

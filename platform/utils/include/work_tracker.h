@@ -6,11 +6,12 @@
 //
 // Contract: every Begin() is matched by exactly one End(), possibly on another thread. Work that
 // is queued counts from the moment it is queued, so "quiet" never misses work that is on its way.
+// Once SharedTimePage is attached the count is the whole device's, kept per process (what it began
+// minus what it ended, so work may begin in one process and end in another); Forget(pid) clears a
+// dead process's part.
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 
 namespace Tarvo {
 
@@ -21,6 +22,7 @@ public:
     void Begin();
     void End();
     int64_t InFlight() const;
+    void Forget(int32_t pid);
 
     // Waits until no work is in flight; false if meanwhile nothing moved on (no work began or ended,
     // no sequenced turn was taken) for `stallLimit` of real time: a hang, told from a slow machine
@@ -43,10 +45,6 @@ public:
 
 private:
     WorkTracker() = default;
-    mutable std::mutex mutex_;
-    std::condition_variable quiet_;
-    int64_t inFlight_ = 0;
-    uint64_t changes_ = 0;
 };
 
 }  // namespace Tarvo

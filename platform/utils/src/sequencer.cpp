@@ -1,33 +1,72 @@
 #include "sequencer.h"
 
-#include <algorithm>
+#include <unistd.h>
+
 #include <atomic>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <unordered_set>
+
+#include "time_page_layout.h"
 
 namespace Tarvo {
 namespace {
-struct Line {
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::deque<Sequencer::Turn> turns;
-    // Cancelled while its taker may already wait for it.
-    std::unordered_set<Sequencer::Turn> cancelled;
-    Sequencer::Turn nextTurn = 1;
-    bool busy = false;
-    uint64_t taken = 0;
-};
+using TimePage::Layout;
+using TimePage::Lock;
+using TimePage::Slot;
+
+constexpr Sequencer::Turn kFirstBackTurn = Sequencer::Turn{1} << 63;
 
 std::atomic<bool> gEnabled{false};
 thread_local bool tHolding = false;
 
-Line& GetLine()
+Slot& At(Layout& page, uint64_t index)
 {
-    // Never destroyed: threads may finish their turns during static destruction.
-    static auto* line = new Line();
-    return *line;
+    return page.slots[index & (TimePage::kLineCapacity - 1)];
+}
+
+// Drops cancelled turns from the front; the first live turn, or kNoTurn.
+Sequencer::Turn FrontLocked(Layout& page)
+{
+    while (page.first != page.end && At(page, page.first).pid == 0) {
+        ++page.first;
+    }
+    return page.first == page.end ? Sequencer::kNoTurn : At(page, page.first).turn;
+}
+
+// The line is sorted by turn; the live slot of `turn`, or nullptr once taken or cancelled.
+Slot* FindLocked(Layout& page, Sequencer::Turn turn)
+{
+    const uint64_t count = page.end - page.first;
+    uint64_t low = 0;
+    uint64_t high = count;
+    while (low < high) {
+        const uint64_t middle = low + (high - low) / 2;
+        if (At(page, page.first + middle).turn < turn) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    Slot* slot = low < count ? &At(page, page.first + low) : nullptr;
+    return slot != nullptr && slot->turn == turn && slot->pid != 0 ? slot : nullptr;
+}
+
+// Runs `change` under the page lock; wakes the waiters for the line if it returns true.
+template <typename Change>
+auto ChangeLine(Change change)
+{
+    Layout& page = TimePage::Current();
+    bool wake = false;
+    auto result = [&] {
+        Lock lock(page);
+        auto outcome = change(page, wake);
+        if (wake) {
+            TimePage::Bump(page.lineChanged);
+        }
+        return outcome;
+    }();
+    if (wake) {
+        TimePage::WakeAll(page.lineChanged);
+    }
+    return result;
 }
 
 Sequencer::Turn Queue(bool first)
@@ -35,19 +74,27 @@ Sequencer::Turn Queue(bool first)
     if (!gEnabled.load(std::memory_order_acquire)) {
         return Sequencer::kNoTurn;
     }
-    Line& line = GetLine();
-    std::lock_guard<std::mutex> lock(line.mutex);
-    const Sequencer::Turn turn = line.nextTurn++;
-    if (first) {
-        line.turns.push_front(turn);
-    } else {
-        line.turns.push_back(turn);
-    }
-    // Nobody waits for a turn that is not first; a new first one may be waited for already.
-    if (first || line.turns.size() == 1) {
-        line.changed.notify_all();
-    }
-    return turn;
+    const int32_t pid = getpid();
+    return ChangeLine([first, pid](Layout& page, bool& wake) {
+        FrontLocked(page);
+        if (page.end - page.first >= TimePage::kLineCapacity) {
+            TimePage::Fail("the line of turns is full (65536 turns at once)");
+        }
+        // The slot is written first and the index moved last, so a death in between loses nothing.
+        Sequencer::Turn turn;
+        if (first) {
+            turn = page.nextFront--;
+            At(page, page.first - 1) = Slot{turn, pid, 0};
+            --page.first;
+        } else {
+            turn = page.nextBack++;
+            At(page, page.end) = Slot{turn, pid, 0};
+            ++page.end;
+        }
+        // Nobody waits for a turn that is not first; a new first one may be waited for already.
+        wake = first || page.end - page.first == 1;
+        return turn;
+    });
 }
 }  // namespace
 
@@ -76,19 +123,26 @@ bool Sequencer::Take(Turn turn)
     if (turn == kNoTurn) {
         return true;
     }
-    Line& line = GetLine();
-    std::unique_lock<std::mutex> lock(line.mutex);
-    while (line.busy || line.turns.empty() || line.turns.front() != turn) {
-        if (line.cancelled.erase(turn) != 0) {
-            return false;
+    Layout& page = TimePage::Current();
+    const int32_t pid = getpid();
+    for (;;) {
+        uint32_t seen = 0;
+        {
+            Lock lock(page);
+            if (page.holder == 0 && FrontLocked(page) == turn) {
+                ++page.first;
+                page.holder = pid;
+                ++page.taken;
+                tHolding = true;
+                return true;
+            }
+            if (FindLocked(page, turn) == nullptr) {
+                return false;
+            }
+            seen = page.lineChanged.load(std::memory_order_acquire);
         }
-        line.changed.wait(lock);
+        TimePage::WaitChange(page.lineChanged, seen, -1);
     }
-    line.turns.pop_front();
-    line.busy = true;
-    ++line.taken;
-    tHolding = true;
-    return true;
 }
 
 void Sequencer::Cancel(Turn turn)
@@ -96,17 +150,13 @@ void Sequencer::Cancel(Turn turn)
     if (turn == kNoTurn) {
         return;
     }
-    Line& line = GetLine();
-    {
-        std::lock_guard<std::mutex> lock(line.mutex);
-        auto it = std::find(line.turns.begin(), line.turns.end(), turn);
-        if (it == line.turns.end()) {
-            return;
+    ChangeLine([turn](Layout& page, bool& wake) {
+        if (Slot* slot = FindLocked(page, turn)) {
+            slot->pid = 0;
+            wake = true;
         }
-        line.turns.erase(it);
-        line.cancelled.insert(turn);
-    }
-    line.changed.notify_all();
+        return 0;
+    });
 }
 
 void Sequencer::Finish()
@@ -115,12 +165,15 @@ void Sequencer::Finish()
         return;
     }
     tHolding = false;
-    Line& line = GetLine();
-    {
-        std::lock_guard<std::mutex> lock(line.mutex);
-        line.busy = false;
-    }
-    line.changed.notify_all();
+    const int32_t pid = getpid();
+    ChangeLine([pid](Layout& page, bool& wake) {
+        // Not if this process was given up for dead and the baton went on meanwhile.
+        wake = page.holder == pid;
+        if (wake) {
+            page.holder = 0;
+        }
+        return 0;
+    });
 }
 
 bool Sequencer::Holding()
@@ -128,11 +181,50 @@ bool Sequencer::Holding()
     return tHolding;
 }
 
+bool Sequencer::IsHandOff(Turn turn)
+{
+    return turn != kNoTurn && turn < kFirstBackTurn;
+}
+
+bool Sequencer::Adopt(Turn turn)
+{
+    if (turn == kNoTurn) {
+        return true;
+    }
+    const int32_t pid = getpid();
+    return ChangeLine([turn, pid](Layout& page, bool&) {
+        Slot* slot = FindLocked(page, turn);
+        if (slot != nullptr) {
+            slot->pid = pid;
+        }
+        return slot != nullptr;
+    });
+}
+
+void Sequencer::Forget(int32_t pid)
+{
+    if (pid <= 0) {
+        return;
+    }
+    ChangeLine([pid](Layout& page, bool& wake) {
+        for (uint64_t index = page.first; index != page.end; ++index) {
+            if (At(page, index).pid == pid) {
+                At(page, index).pid = 0;
+            }
+        }
+        if (page.holder == pid) {
+            page.holder = 0;
+        }
+        wake = true;
+        return 0;
+    });
+}
+
 uint64_t Sequencer::Progress()
 {
-    Line& line = GetLine();
-    std::lock_guard<std::mutex> lock(line.mutex);
-    return line.taken;
+    Layout& page = TimePage::Current();
+    Lock lock(page);
+    return page.taken;
 }
 
 Sequencer::Hold::Hold() : taken_(Enabled() && !tHolding)

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 
 namespace Tarvo {
@@ -123,29 +124,44 @@ void VirtualProcess::Kill()
 
 bool VirtualProcess::Post(std::function<void()> work)
 {
-    return Enqueue(std::move(work), false);
+    return Enqueue(std::move(work), Order::BACK, Sequencer::kNoTurn);
 }
 
 bool VirtualProcess::PostNext(std::function<void()> work)
 {
-    return Enqueue(std::move(work), true);
+    return Enqueue(std::move(work), Order::FIRST, Sequencer::kNoTurn);
 }
 
-bool VirtualProcess::Enqueue(std::function<void()> work, bool next)
+bool VirtualProcess::PostTurn(Sequencer::Turn turn, std::function<void()> work)
+{
+    if (!Sequencer::Adopt(turn)) {
+        return Enqueue(std::move(work), Order::BACK, Sequencer::kNoTurn);
+    }
+    return Enqueue(std::move(work), Order::GIVEN, turn);
+}
+
+bool VirtualProcess::Enqueue(std::function<void()> work, Order order, Sequencer::Turn turn)
 {
     std::lock_guard<std::mutex> lock(pool_->mutex);
     if (!pool_->alive || pool_->stopping) {
+        if (order == Order::GIVEN) {
+            Sequencer::Cancel(turn);
+        }
         return false;
     }
-    // The pool's queue keeps the order of the turns, so a free thread always takes the earliest.
-    Work queued{std::move(work), WorkTracker::Token(), next ? Sequencer::ReserveFirst() : Sequencer::Reserve()};
-    if (next) {
-        pool_->queue.push_front(std::move(queued));
-    } else {
-        pool_->queue.push_back(std::move(queued));
+    if (order != Order::GIVEN) {
+        turn = order == Order::FIRST ? Sequencer::ReserveFirst() : Sequencer::Reserve();
     }
+    // The pool's queue keeps the order of the turns, so a free thread always takes the earliest.
+    auto at = std::upper_bound(pool_->queue.begin(), pool_->queue.end(), turn,
+                               [](Sequencer::Turn before, const Work& queued) { return before < queued.turn; });
+    if (turn == Sequencer::kNoTurn) {
+        at = order == Order::FIRST ? pool_->queue.begin() : pool_->queue.end();
+    }
+    pool_->queue.insert(at, Work{std::move(work), WorkTracker::Token(), turn});
     // A hand-off may pass the cap: every other thread may be holding work whose turn comes later.
-    if (pool_->queue.size() > pool_->idle && (pool_->threads.size() < kMaxThreads || next)) {
+    const bool handOff = order == Order::FIRST || Sequencer::IsHandOff(turn);
+    if (pool_->queue.size() > pool_->idle && (pool_->threads.size() < kMaxThreads || handOff)) {
         ++pool_->idle;
         pool_->threads.emplace_back([self = weak_from_this(), pool = pool_] {
             tCurrent = self;

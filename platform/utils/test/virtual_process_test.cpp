@@ -6,6 +6,7 @@
 #include <chrono>
 #include <future>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "sequencer.h"
@@ -86,6 +87,35 @@ TEST(VirtualProcessTest, HandOffRunsFirstEvenWhenEveryThreadHoldsALaterTurn)
     for (size_t i = 0; i < ran.size(); ++i) {
         EXPECT_EQ(ran[i], i);
     }
+}
+
+TEST(VirtualProcessTest, CarriedTurnsRunInLineOrderWhateverOrderTheyArriveIn)
+{
+    Sequencer::Enable();
+    auto app = MakeProcess(106, "app");
+    std::mutex mutex;
+    std::vector<std::string> ran;
+    auto note = [&](std::string name) {
+        return [&mutex, &ran, name] {
+            std::lock_guard<std::mutex> lock(mutex);
+            ran.push_back(name);
+        };
+    };
+    {
+        Sequencer::Hold hold;
+        const Sequencer::Turn back = Sequencer::Reserve();
+        const Sequencer::Turn gone = Sequencer::Reserve();
+        const Sequencer::Turn last = Sequencer::Reserve();
+        const Sequencer::Turn handOff = Sequencer::ReserveFirst();
+        Sequencer::Cancel(gone);
+        ASSERT_TRUE(app->PostTurn(last, note("last")));
+        ASSERT_TRUE(app->PostTurn(gone, note("cancelled, so behind everything")));
+        ASSERT_TRUE(app->PostTurn(back, note("back")));
+        ASSERT_TRUE(app->PostTurn(handOff, note("hand-off")));
+        ASSERT_TRUE(app->Post(note("posted")));
+    }
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(5s));
+    EXPECT_EQ(ran, (std::vector<std::string>{"hand-off", "back", "last", "cancelled, so behind everything", "posted"}));
 }
 
 TEST(VirtualProcessTest, BackToBackPostsDoNotQueueBehindABusyThread)

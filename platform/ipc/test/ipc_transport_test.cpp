@@ -552,9 +552,6 @@ TEST_P(IpcTransportTest, ContextObjectIsSeenFromEachProcess)
 
 TEST_P(IpcTransportTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads)
 {
-    if (OverSockets()) {
-        GTEST_SKIP() << "turns do not travel in frames yet";
-    }
     Sequencer::Enable();
     std::mutex mutex;
     std::vector<std::string> journal;

@@ -26,6 +26,7 @@ bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& end
     bool oneWay = (frame.flags & WireFormat::FLAG_ONE_WAY) != 0;
     bool startDrain = false;
     uint64_t cookie = frame.target;
+    const Sequencer::Turn turn = frame.turn;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         SocketNode* node = OwnNodeLocked(*endpoint, cookie);
@@ -43,16 +44,22 @@ bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& end
         }
     }
     if (cookie == 0) {
+        Sequencer::Cancel(turn);
         Drop(from, "request naming an object it does not hold");
         return false;
     }
     if (!oneWay) {
         auto request = std::make_shared<WireFormat::Frame>(std::move(frame));
-        PostTo(endpoint,
-               [self = shared_from_this(), endpoint, from, request] { self->HandleRequest(endpoint, from, *request); });
-    } else if (startDrain && !PostTo(endpoint, [self = shared_from_this(), endpoint, cookie] {
-                   self->DrainOneWay(endpoint, cookie);
-               })) {
+        PostTo(
+            endpoint,
+            [self = shared_from_this(), endpoint, from, request] { self->HandleRequest(endpoint, from, *request); },
+            turn);
+    } else if (!startDrain) {
+        // Handled in the turn of the drain already on its way, as one-way requests to one object are.
+        Sequencer::Cancel(turn);
+    } else if (!PostTo(
+                   endpoint, [self = shared_from_this(), endpoint, cookie] { self->DrainOneWay(endpoint, cookie); },
+                   turn)) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (SocketNode* node = OwnNodeLocked(*endpoint, cookie)) {
             node->oneWay.clear();

@@ -159,10 +159,15 @@ bool SocketTransport::Impl::OnHello(const std::shared_ptr<SocketConnection>& con
 }
 
 // Work the I/O thread hands to the endpoint's session; false if the session takes no more.
-bool SocketTransport::Impl::PostTo(const std::shared_ptr<SocketEndpoint>& endpoint, std::function<void()> work)
+bool SocketTransport::Impl::PostTo(const std::shared_ptr<SocketEndpoint>& endpoint, std::function<void()> work,
+                                   Sequencer::Turn turn)
 {
     std::shared_ptr<VirtualProcess> session = endpoint->session.lock();
-    return session != nullptr && session->Post(std::move(work));
+    if (session == nullptr) {
+        Sequencer::Cancel(turn);
+        return false;
+    }
+    return turn != Sequencer::kNoTurn ? session->PostTurn(turn, std::move(work)) : session->Post(std::move(work));
 }
 
 }  // namespace Tarvo

@@ -49,13 +49,29 @@ int SocketTransport::Impl::TransactHandle(uint64_t handle, uint32_t code, Messag
         return ERR_INVALID_VALUE;
     }
     KeepUntilFreed(connection, false, request.id, std::move(holds));
-    if (oneWay) {
-        return SendOneWay(holder, connection, request);
+    return oneWay ? SendOneWay(holder, connection, request) : SendSync(holder, connection, request, option, reply);
+}
+
+int SocketTransport::Impl::SendSync(const std::shared_ptr<SocketEndpoint>& holder,
+                                    const std::shared_ptr<SocketConnection>& connection, WireFormat::Frame& request,
+                                    const MessageOption& option, MessageParcel& reply)
+{
+    // In virtual time the request runs next, and a sender holding the baton lends it for the wait:
+    // the reply hands it straight back.
+    const bool baton = Sequencer::Holding();
+    request.turn = Sequencer::ReserveFirst();
+    if (baton) {
+        request.flags |= WireFormat::FLAG_BATON;
+        Sequencer::Finish();
     }
     WireFormat::Frame answer;
     int status = Call(connection, request, WaitSecondsOf(option), &answer);
+    if (baton) {
+        Sequencer::Take(status == ERR_NONE && answer.turn != 0 ? answer.turn : Sequencer::ReserveFirst());
+    }
     if (status == ERR_TIMED_OUT) {
-        HiviewDFX::HiLog::Warn(kLabel, "request %{public}u to pid %{public}d timed out", code, connection->peerPid);
+        HiviewDFX::HiLog::Warn(kLabel, "request %{public}u to pid %{public}d timed out", request.code,
+                               connection->peerPid);
     }
     if (status != ERR_NONE) {
         return status;
@@ -67,9 +83,9 @@ int SocketTransport::Impl::TransactHandle(uint64_t handle, uint32_t code, Messag
 }
 
 int SocketTransport::Impl::SendOneWay(const std::shared_ptr<SocketEndpoint>& holder,
-                                      const std::shared_ptr<SocketConnection>& connection,
-                                      const WireFormat::Frame& request)
+                                      const std::shared_ptr<SocketConnection>& connection, WireFormat::Frame& request)
 {
+    request.turn = Sequencer::Reserve();
     // Within this process the receiver takes the count over, so quiet never misses it on the way.
     const std::pair<int32_t, uint64_t> key{holder->identity.pid, request.id};
     if (connection->inProcess) {
@@ -80,6 +96,7 @@ int SocketTransport::Impl::SendOneWay(const std::shared_ptr<SocketEndpoint>& hol
         return ERR_NONE;
     }
     DropHandedOver(key);
+    Sequencer::Cancel(request.turn);
     return ERR_DEAD_OBJECT;
 }
 
@@ -168,17 +185,20 @@ void SocketTransport::Impl::HandleRequest(const std::shared_ptr<SocketEndpoint>&
         Observe(*endpoint, *from, frame, stub->GetObjectDescriptor(), status, reply);
     }
     if (!oneWay) {
-        SendReply(endpoint, from, frame.id, status, reply);
+        // A sender that gave the baton up for the wait gets it back first, with the reply.
+        const bool baton = (frame.flags & WireFormat::FLAG_BATON) != 0;
+        SendReply(endpoint, from, frame.id, status, reply, baton ? Sequencer::ReserveFirst() : Sequencer::kNoTurn);
     }
 }
 
 void SocketTransport::Impl::SendReply(const std::shared_ptr<SocketEndpoint>& endpoint,
                                       const std::shared_ptr<SocketConnection>& to, uint64_t id, int status,
-                                      const MessageParcel& reply)
+                                      const MessageParcel& reply, Sequencer::Turn resume)
 {
     WireFormat::Frame answer;
     answer.type = WireFormat::REPLY;
     answer.id = id;
+    answer.turn = resume;
     answer.code = static_cast<uint32_t>(status);
     std::vector<sptr<IRemoteObject>> holds;
     if (ToEntries(endpoint, reply, answer.objects, holds)) {

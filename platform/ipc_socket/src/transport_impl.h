@@ -26,6 +26,7 @@
 #include "ipc_object_proxy.h"
 #include "ipc_object_stub.h"
 #include "process_registry.h"
+#include "sequencer.h"
 #include "socket_transport.h"
 #include "transport_controls.h"
 #include "virtual_process.h"
@@ -163,9 +164,11 @@ public:
                        WireFormat::Frame& frame);
     void DrainOneWay(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie);
     void SendReply(const std::shared_ptr<SocketEndpoint>& endpoint, const std::shared_ptr<SocketConnection>& to,
-                   uint64_t id, int status, const MessageParcel& reply);
+                   uint64_t id, int status, const MessageParcel& reply, Sequencer::Turn resume);
     int SendOneWay(const std::shared_ptr<SocketEndpoint>& holder, const std::shared_ptr<SocketConnection>& connection,
-                   const WireFormat::Frame& request);
+                   WireFormat::Frame& request);
+    int SendSync(const std::shared_ptr<SocketEndpoint>& holder, const std::shared_ptr<SocketConnection>& connection,
+                 WireFormat::Frame& request, const MessageOption& option, MessageParcel& reply);
     std::optional<WorkTracker::Token> TakeHandedOverLocked(const std::pair<int32_t, uint64_t>& key);
     // Ends the count of a one-way request that will not arrive.
     void DropHandedOver(const std::pair<int32_t, uint64_t>& key);
@@ -194,7 +197,9 @@ public:
     bool OnAnswer(const std::shared_ptr<SocketConnection>& from, WireFormat::Frame& frame);
     void OnFree(const std::shared_ptr<SocketConnection>& from, const WireFormat::Frame& frame);
     // Under mutex_.
-    bool PostTo(const std::shared_ptr<SocketEndpoint>& endpoint, std::function<void()> work);
+    // With a turn the frame carried (virtual time), the work runs in that turn.
+    bool PostTo(const std::shared_ptr<SocketEndpoint>& endpoint, std::function<void()> work,
+                Sequencer::Turn turn = Sequencer::kNoTurn);
     // Under mutex_.
     uint64_t Watch(int fd, std::shared_ptr<SocketEndpoint> endpoint, std::shared_ptr<SocketConnection> connection);
     void Unwatch(uint64_t watchId, int fd);

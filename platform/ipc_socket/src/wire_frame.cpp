@@ -33,12 +33,12 @@ struct HeaderFields {
 
 HeaderFields ReadFields(const uint8_t* header)
 {
-    return {Get<uint32_t>(header), Get<uint16_t>(header + 4), Get<uint32_t>(header + 12), Get<uint32_t>(header + 40),
-            Get<uint32_t>(header + 44)};
+    return {Get<uint32_t>(header), Get<uint16_t>(header + 4), Get<uint32_t>(header + 12), Get<uint32_t>(header + 48),
+            Get<uint32_t>(header + 52)};
 }
 
 // Offsets of the header: magic 0, type 4, flags 6, code 8, count 12, id 16, tag 24, target 32,
-// data size 40, payload size 44.
+// turn 40, data size 48, payload size 52.
 void PutHeader(std::vector<uint8_t>& out, const Frame& frame)
 {
     Put<uint32_t>(out, kMagic);
@@ -49,6 +49,7 @@ void PutHeader(std::vector<uint8_t>& out, const Frame& frame)
     Put<uint64_t>(out, frame.id);
     Put<uint64_t>(out, frame.tag);
     Put<uint64_t>(out, frame.target);
+    Put<uint64_t>(out, frame.turn);
     Put<uint32_t>(out, static_cast<uint32_t>(frame.data.size()));
     Put<uint32_t>(out, static_cast<uint32_t>(frame.data.size() + kEntrySize * frame.objects.size()));
 }
@@ -159,6 +160,7 @@ FrameReader::Status FrameReader::DecodePayload(Frame& frame)
     frame.id = Get<uint64_t>(header_ + 16);
     frame.tag = Get<uint64_t>(header_ + 24);
     frame.target = Get<uint64_t>(header_ + 32);
+    frame.turn = Get<uint64_t>(header_ + 40);
     frame.data.assign(payload_.begin(), payload_.begin() + fields.dataSize);
     frame.objects.clear();
     frame.objects.reserve(fields.count);

@@ -17,7 +17,7 @@
 namespace Tarvo::WireFormat {
 
 constexpr uint32_t kMagic = 0x31574C5A;  // "ZLW1"
-constexpr size_t kHeaderSize = 48;
+constexpr size_t kHeaderSize = 56;
 constexpr size_t kMaxDescriptor = 128;  // UTF-16 units
 constexpr size_t kEntrySize = 16 + 2 * kMaxDescriptor;
 constexpr size_t kMaxFrame = 1 << 20;
@@ -35,6 +35,7 @@ enum FrameType : uint16_t {
 
 enum FrameFlags : uint16_t {
     FLAG_ONE_WAY = 1,   // REQUEST
+    FLAG_BATON = 2,     // REQUEST: the sender held the baton (Sequencer) and waits to get it back
     FLAG_STRONG = 1,    // ACQUIRE, RELEASE
     FLAG_WEAK = 2,      // ACQUIRE, RELEASE
     FLAG_OF_REPLY = 1,  // FREE: the frame freed is a reply
@@ -55,6 +56,7 @@ struct Frame {
     uint64_t id = 0;      // transaction id; for replies, results and frees the one answered
     uint64_t tag = 0;     // the sender's request tag
     uint64_t target = 0;  // cookie of the object addressed; hello: the emulated pid claimed
+    uint64_t turn = 0;    // in virtual time: the turn the receiver runs the request (or reply) in
     std::vector<uint8_t> data;
     std::vector<ObjectEntry> objects;
 };

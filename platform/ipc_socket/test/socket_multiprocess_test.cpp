@@ -61,7 +61,7 @@ int RunHostile(const std::string& runDir)
     if (connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
         return 2;
     }
-    std::vector<uint8_t> bytes = WireFormat::Encode({WireFormat::HELLO, 0, 0, 0, 0, 6666, {}, {}});
+    std::vector<uint8_t> bytes = WireFormat::Encode({WireFormat::HELLO, 0, 0, 0, 0, 6666, 0, {}, {}});
     std::vector<uint8_t> bad(WireFormat::kHeaderSize, 0xee);
     bytes.insert(bytes.end(), bad.begin(), bad.end());
     send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);

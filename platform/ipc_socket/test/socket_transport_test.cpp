@@ -225,8 +225,8 @@ TEST_F(SocketTransportTest, MalformedStreamsDropOnlyThatPeer)
     sptr<FunctionStub> stub = MakeStub(service_, u"test.Target");
     sptr<IRemoteObject> proxy = Transfer(stub, client_);
     std::string path = SocketTest::RunDir() + "/sock/3001";
-    auto hello = WireFormat::Encode({WireFormat::HELLO, 0, 0, 0, 0, 9999, {}, {}});
-    WireFormat::Frame unheld{WireFormat::REQUEST, 0, 1, 1, 0, 1, {}, {}};
+    auto hello = WireFormat::Encode({WireFormat::HELLO, 0, 0, 0, 0, 9999, 0, {}, {}});
+    WireFormat::Frame unheld{WireFormat::REQUEST, 0, 1, 1, 0, 1, 0, {}, {}};
     struct Case {
         std::vector<uint8_t> bytes;
         const char* reason;
@@ -234,12 +234,12 @@ TEST_F(SocketTransportTest, MalformedStreamsDropOnlyThatPeer)
     std::vector<uint8_t> truncated = WireFormat::Encode(unheld);
     truncated.resize(20);
     std::vector<uint8_t> oversize = WireFormat::Encode(unheld);
-    oversize[40] = 0xff, oversize[41] = 0xff, oversize[42] = 0x1f;
+    oversize[48] = 0xff, oversize[49] = 0xff, oversize[50] = 0x1f;  // the data size
     const Case cases[] = {
         {WireFormat::Encode(unheld), "request naming an object it does not hold"},
         {truncated, "stream ended inside a frame"},
         {oversize, "frame over the size limit"},
-        {WireFormat::Encode({WireFormat::REQUEST, 0, 0, 0, 0, 0, {}, {}}), "frame before hello"},
+        {WireFormat::Encode({WireFormat::REQUEST, 0, 0, 0, 0, 0, 0, {}, {}}), "frame before hello"},
     };
     for (const Case& c : cases) {
         HiviewDFX::LogCapture capture;

@@ -32,6 +32,7 @@ Frame GoldenRequest()
     frame.id = 0x11;
     frame.tag = 0x22;
     frame.target = 0x33;
+    frame.turn = 0x44;
     frame.data = {0x2a, 0, 0, 0};
     frame.objects.push_back({1234, 5, u"a.B"});
     return frame;
@@ -59,6 +60,7 @@ TEST(WireFrameTest, RequestAndReplyHaveTheDocumentedBytes)
         "1100000000000000"
         "2200000000000000"
         "3300000000000000"
+        "4400000000000000"
         "04000000"
         "14010000"
         "2a000000"
@@ -75,6 +77,7 @@ TEST(WireFrameTest, RequestAndReplyHaveTheDocumentedBytes)
         "00000000"
         "00000000"
         "1100000000000000"
+        "0000000000000000"
         "0000000000000000"
         "0000000000000000"
         "08000000"
@@ -122,10 +125,10 @@ TEST(WireFrameTest, MalformedHeadersBreakTheStreamBeforeAnyPayloadIsRead)
     const Case cases[] = {
         {"magic", 0, 0x12345678, "bad magic"},
         {"type", 4, 99, "unknown frame type 99"},
-        {"data size", 40, 1u << 20, "frame over the size limit"},
-        {"payload size", 44, 0xffffffff, "frame over the size limit"},
+        {"data size", 48, 1u << 20, "frame over the size limit"},
+        {"payload size", 52, 0xffffffff, "frame over the size limit"},
         {"object count", 12, 0x10000000, "frame over the size limit"},
-        {"mismatch", 44, 3, "sizes inconsistent with the payload"},
+        {"mismatch", 52, 3, "sizes inconsistent with the payload"},
     };
     for (const Case& c : cases) {
         std::vector<uint8_t> bytes = Encode(GoldenReply());

@@ -50,7 +50,13 @@ int SocketTransport::Impl::TransactHandle(uint64_t handle, uint32_t code, Messag
     }
     KeepUntilFreed(connection, false, request.id, std::move(holds));
     if (oneWay) {
-        return Send(connection, request) ? ERR_NONE : ERR_DEAD_OBJECT;
+        // Counted before it leaves, so that a count of the device never misses it on its way.
+        ++oneWaySent_;
+        if (Send(connection, request)) {
+            return ERR_NONE;
+        }
+        --oneWaySent_;
+        return ERR_DEAD_OBJECT;
     }
     WireFormat::Frame answer;
     int status = Call(connection, request, WaitSecondsOf(option), &answer);

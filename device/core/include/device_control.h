@@ -6,6 +6,7 @@
 // returns once its action has been started, and reports bad arguments as false with a reason,
 // changing nothing.
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,6 +15,7 @@
 
 #include "package_catalog.h"
 #include "trace.h"
+#include "virtual_clock.h"
 
 namespace Tarvo::Emu {
 
@@ -97,6 +99,9 @@ public:
     virtual std::string Failure() const = 0;
     // The service stops (OnStop of its abilities), as when a serving device is told to end.
     virtual void Shutdown() {}
+    // Waits until no work is in flight anywhere in the device; false if nothing moved on for
+    // `stallLimit` of real time (a hang).
+    virtual bool WaitQuiet(std::chrono::milliseconds stallLimit) { return VirtualClock::WaitQuiet(stallLimit); }
 };
 
 }  // namespace Tarvo::Emu

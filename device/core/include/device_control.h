@@ -24,6 +24,7 @@ struct CallerSpec {
     enum class Kind { SYSTEM, NATIVE, SHELL, BUNDLE };
     Kind kind = Kind::NATIVE;
     std::string bundle;  // for BUNDLE: that application's process
+    bool operator==(const CallerSpec&) const = default;
 };
 
 // One field of a raw request, written after the interface token in the parcel's own encodings.
@@ -32,6 +33,7 @@ struct RawField {
     Kind kind = Kind::UINT32;
     std::string text;             // STRING: the text; BYTES: the bytes (padded as every field is)
     std::vector<uint32_t> words;  // INT32, UINT32, BOOL: the one value; vectors: the elements
+    bool operator==(const RawField&) const = default;
 };
 
 // A request with any code and any fields, to the service or to a game's callback object.
@@ -45,6 +47,7 @@ struct RawRequest {
     // A callback object made by Register(bundle, callback); an empty bundle: the service.
     std::string bundle;
     std::string callback;
+    bool operator==(const RawRequest&) const = default;
 };
 
 class DeviceControl {

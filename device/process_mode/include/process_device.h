@@ -31,7 +31,8 @@ namespace Tarvo::Emu {
 
 struct ProcessDeviceSetup {
     DeviceSetup device;
-    std::string runDir;  // empty: a temporary one, removed with the device
+    std::string runDir;      // empty: a temporary one, removed with the device
+    std::string executable;  // zel_device, run as `zel_device process`; empty: this program
 };
 
 class ProcessDevice : public DeviceControl {

@@ -62,7 +62,7 @@ bool ProcessDevice::Start()
         }
         runPath_ = ownRunDir_->Path();
     }
-    executable_ = Executable();
+    executable_ = setup_.executable.empty() ? Executable() : setup_.executable;
     registry_ = std::make_unique<ProcessRegistry>(runPath_ + "/registry");
     const ProcessIdentity self = NativeIdentity(CONTROLLER_PID, "zel_device");
     if (!VirtualProcess::SetHostIdentity(self) || !IPCTransport::Install(new SocketTransport({runPath_})) ||

@@ -7,6 +7,7 @@
 #include "agent_stub.h"
 #include "hilog.h"
 #include "input_text.h"
+#include "interrupt_cleanup.h"
 #include "ipc_skeleton.h"
 #include "ipc_types.h"
 #include "platform_clock.h"
@@ -61,6 +62,7 @@ bool ProcessDevice::Start()
             return false;
         }
         runPath_ = ownRunDir_->Path();
+        RemoveOnInterrupt(runPath_);
     }
     executable_ = setup_.executable.empty() ? Executable() : setup_.executable;
     registry_ = std::make_unique<ProcessRegistry>(runPath_ + "/registry");
@@ -102,6 +104,10 @@ ProcessDevice::~ProcessDevice()
     }
     if (hub_ != nullptr) {
         static_cast<SocketTransport&>(IPCTransport::Get()).PublishNamed(kHubName, nullptr);
+    }
+    if (ownRunDir_ != nullptr) {
+        ownRunDir_.reset();
+        KeepOnInterrupt(runPath_);
     }
 }
 

@@ -11,6 +11,7 @@
 #include <iostream>
 
 #include "device_factory.h"
+#include "device_process.h"
 #include "interrupt_cleanup.h"
 #include "zel_device_app.h"
 
@@ -67,6 +68,12 @@ int main(int argc, char** argv)
     // First, while this is the only thread: every later thread inherits the blocked signals.
     Tarvo::Emu::HandleInterrupts();
     CatchCrashes();
+    if (argc > 1 && std::strcmp(argv[1], "process") == 0) {
+        // One process of a device in real processes; its threads may be anywhere when it ends.
+        const int status = Tarvo::Emu::RunDeviceProcess(std::vector<std::string>(argv + 2, argv + argc));
+        std::fflush(nullptr);
+        std::_Exit(status);
+    }
     Tarvo::Emu::ZelDeviceApp app(&Tarvo::Emu::MakeDevice, std::cout, std::cerr);
     app.SetInterruptHook(&Tarvo::Emu::OnInterrupt);
     const int status = app.Main(std::vector<std::string>(argv + 1, argv + argc));

@@ -20,9 +20,11 @@
 
 #include "device_context.h"
 #include "device_control.h"
+#include "device_layout.h"
 #include "device_service_manager.h"
 #include "game_callback.h"
 #include "i_zel_manager.h"
+#include "request_order.h"
 #include "service_host.h"
 
 namespace Tarvo::Emu {
@@ -42,7 +44,6 @@ struct DeviceSetup {
 class Device : public DeviceContext, public DeviceControl {
 public:
     static constexpr int32_t ZEL_MANAGER_SERVICE_ID = 65958;
-    static constexpr const char* CONFIG_RELATIVE_PATH = "etc/zel_manager/zel_manager_config.xml";
     // What the trace writes for the run's data directory.
     static constexpr const char* DATA_PLACEHOLDER = "$DATA";
 
@@ -55,7 +56,7 @@ public:
     std::shared_ptr<VirtualProcess> MakeServiceProcess(const std::string& name) override;
     std::shared_ptr<VirtualProcess> AppProcess(const std::string& bundle) override;
     void AddSystemAbility(int32_t id, const sptr<IRemoteObject>& object) override;
-    const std::string& DataDir() const override { return dataDir_; }
+    const std::string& DataDir() const override { return data_.Path(); }
 
     // DeviceControl
     bool UseConfig(const std::optional<std::string>& path, std::string* error) override;
@@ -102,34 +103,24 @@ private:
         int32_t appPid = 0;  // a callback's: the process it lives in
         std::string bundle;
     };
-    // `send` writes and sends the request to the object it gets (null when there is none) and
-    // returns what the sender got back (null for nothing).
-    using Sender = std::function<TraceValue(const sptr<IRemoteObject>& object)>;
-    // Sends the request of scenario line `line` from `process` to what `target` finds there, and
-    // traces ipc.unsent if it never reached the target's stub.
-    void Deliver(const std::shared_ptr<VirtualProcess>& process, int line, uint32_t code, bool oneWay,
-                 const std::function<Target()>& target, const Sender& send);
-    bool ToService(const CallerSpec& caller, int line, uint32_t code, bool oneWay, const Sender& send,
-                   std::string* error);
+    // Sends the order from `process` to what `target` finds there, and traces ipc.unsent if it never
+    // reached the target's stub.
+    void Deliver(const std::shared_ptr<VirtualProcess>& process, const RequestOrder& order,
+                 const std::function<Target()>& target, const sptr<IRemoteObject>& callback = nullptr);
+    bool ToService(const CallerSpec& caller, const RequestOrder& order, std::string* error);
     Target ServiceTarget();
     // False, with the reason.
     static bool Fail(std::string* error, const std::string& reason);
     std::shared_ptr<VirtualProcess> CallerProcess(const CallerSpec& caller, std::string* error);
-    // The service as the caller sees it, or null (before boot, service manager down, hidden).
-    sptr<IRemoteObject> ServiceObject();
-    bool WriteConfig(const std::string& source, std::string* error);
-    // A fresh temporary one unless given; written as $DATA in the trace.
-    void PrepareDataDir();
 
     const DeviceSetup setup_;
-    std::string dataDir_;
-    bool removeDataDir_ = false;
+    DataDirectory data_;  // written as $DATA in the trace
     Trace trace_;
     PackageCatalog catalog_;
 
     mutable std::mutex mutex_;
-    int32_t nextServicePid_ = 100;
-    int32_t nextAppPid_ = 2000;
+    int32_t nextServicePid_ = DeviceLayout::FIRST_SERVICE_PID;
+    int32_t nextAppPid_ = DeviceLayout::FIRST_APP_PID;
     std::map<std::string, std::shared_ptr<VirtualProcess>> appProcesses_;
     struct Callback {
         sptr<GameCallback> object;

@@ -6,6 +6,7 @@
 // returns once its action has been started, and reports bad arguments as false with a reason,
 // changing nothing.
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,6 +15,7 @@
 
 #include "package_catalog.h"
 #include "trace.h"
+#include "virtual_clock.h"
 
 namespace Tarvo::Emu {
 
@@ -22,6 +24,7 @@ struct CallerSpec {
     enum class Kind { SYSTEM, NATIVE, SHELL, BUNDLE };
     Kind kind = Kind::NATIVE;
     std::string bundle;  // for BUNDLE: that application's process
+    bool operator==(const CallerSpec&) const = default;
 };
 
 // One field of a raw request, written after the interface token in the parcel's own encodings.
@@ -30,6 +33,7 @@ struct RawField {
     Kind kind = Kind::UINT32;
     std::string text;             // STRING: the text; BYTES: the bytes (padded as every field is)
     std::vector<uint32_t> words;  // INT32, UINT32, BOOL: the one value; vectors: the elements
+    bool operator==(const RawField&) const = default;
 };
 
 // A request with any code and any fields, to the service or to a game's callback object.
@@ -43,6 +47,7 @@ struct RawRequest {
     // A callback object made by Register(bundle, callback); an empty bundle: the service.
     std::string bundle;
     std::string callback;
+    bool operator==(const RawRequest&) const = default;
 };
 
 class DeviceControl {
@@ -97,6 +102,9 @@ public:
     virtual std::string Failure() const = 0;
     // The service stops (OnStop of its abilities), as when a serving device is told to end.
     virtual void Shutdown() {}
+    // Waits until no work is in flight anywhere in the device; false if nothing moved on for
+    // `stallLimit` of real time (a hang).
+    virtual bool WaitQuiet(std::chrono::milliseconds stallLimit) { return VirtualClock::WaitQuiet(stallLimit); }
 };
 
 }  // namespace Tarvo::Emu

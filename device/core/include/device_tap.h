@@ -13,6 +13,7 @@
 //    callback object (see Watch), that request's ipc.done and the lines the game's process logs
 //    while handling it (app.log) too.
 
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -42,7 +43,15 @@ public:
     void Detach();
 
 private:
+    // The trace to emit into outside the lock (the trace may forward to another process), or null
+    // once detached; each non-null Enter() is matched by Leave().
+    Trace* Enter();
+    void Leave();
+    void EmitOutside(Trace* trace, std::string ev, std::vector<TraceField> fields);
+
     mutable std::mutex mutex_;
+    std::condition_variable left_;
+    int inside_ = 0;
     Trace* trace_;  // null once detached
     int32_t servicePid_ = 0;
     uint64_t line_ = 0;

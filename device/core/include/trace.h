@@ -5,7 +5,8 @@
 // Each event has a virtual time `t` (ms), a kind `ev` and named fields in a fixed order; it
 // renders as one JSON object (a line of the JSON Lines trace).
 //
-// Contract: Emit is thread-safe and never calls out; events are numbered in emission order and
+// Contract: Emit is thread-safe and never calls out (a trace that forwards its events elsewhere,
+// in a process of a device in real processes, overrides it); events are numbered in emission order and
 // never removed or changed, so readers poll with EventsSince(index) or look at one with At(index).
 // Text hidden with Hide() is replaced in every string field of the events emitted after.
 
@@ -43,8 +44,13 @@ std::string JsonString(const std::string& text);
 
 class Trace {
 public:
+    Trace() = default;
+    virtual ~Trace() = default;
+    Trace(const Trace&) = delete;
+    Trace& operator=(const Trace&) = delete;
+
     // Stamps the event with the platform clock's time.
-    void Emit(std::string ev, std::vector<TraceField> fields);
+    virtual void Emit(std::string ev, std::vector<TraceField> fields);
     std::vector<TraceEvent> EventsSince(size_t index) const;
     size_t Size() const;
     // Waits, at most `limit` of real time, until there are more than `index` events.

@@ -3,8 +3,8 @@
 #include "device.h"
 #include "device_services.h"
 #include "input_text.h"
-#include "ipc_transport.h"
 #include "ipc_skeleton.h"
+#include "ipc_transport.h"
 
 namespace Tarvo::Emu {
 namespace {

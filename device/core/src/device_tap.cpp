@@ -20,12 +20,34 @@ TraceValue ReplyValue(const TransactionRecord& record)
 }
 }  // namespace
 
-void DeviceTap::Emit(std::string ev, std::vector<TraceField> fields)
+Trace* DeviceTap::Enter()
 {
     std::lock_guard<std::mutex> lock(mutex_);
     if (trace_ != nullptr) {
-        trace_->Emit(std::move(ev), std::move(fields));
+        ++inside_;
     }
+    return trace_;
+}
+
+void DeviceTap::Leave()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (--inside_ == 0) {
+        left_.notify_all();
+    }
+}
+
+void DeviceTap::EmitOutside(Trace* trace, std::string ev, std::vector<TraceField> fields)
+{
+    if (trace != nullptr) {
+        trace->Emit(std::move(ev), std::move(fields));
+        Leave();
+    }
+}
+
+void DeviceTap::Emit(std::string ev, std::vector<TraceField> fields)
+{
+    EmitOutside(Enter(), std::move(ev), std::move(fields));
 }
 
 void DeviceTap::SetServicePid(int32_t pid)
@@ -56,39 +78,58 @@ void DeviceTap::OnTransaction(const TransactionRecord& record)
         return;
     }
     TraceValue reply = ReplyValue(record);
-    std::lock_guard<std::mutex> lock(mutex_);
-    const bool watched =
-        record.tag == line_ && record.descriptor == descriptor_ && (appPid_ == 0 || record.targetPid == appPid_);
-    delivered_ = delivered_ || watched;
-    if (trace_ == nullptr || !(watched || record.descriptor == Vantel::IZelManager::GetDescriptor())) {
-        return;
+    Trace* trace = nullptr;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        const bool watched =
+            record.tag == line_ && record.descriptor == descriptor_ && (appPid_ == 0 || record.targetPid == appPid_);
+        delivered_ = delivered_ || watched;
+        if (trace_ == nullptr || !(watched || record.descriptor == Vantel::IZelManager::GetDescriptor())) {
+            return;
+        }
+        trace = trace_;
+        ++inside_;
     }
-    trace_->Emit("ipc.done", {{"line", static_cast<int64_t>(record.tag)},
-                              {"code", static_cast<int64_t>(record.code)},
-                              {"status", static_cast<int64_t>(record.status)},
-                              {"reply", std::move(reply)}});
+    EmitOutside(trace, "ipc.done",
+                {{"line", static_cast<int64_t>(record.tag)},
+                 {"code", static_cast<int64_t>(record.code)},
+                 {"status", static_cast<int64_t>(record.status)},
+                 {"reply", std::move(reply)}});
 }
 
 void DeviceTap::OnLog(const HiviewDFX::LogRecord& record)
 {
     const std::string level(1, HiviewDFX::LevelLetter(record.level));
     const uint64_t tag = IPCTransport::CurrentTag();
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (trace_ == nullptr) {
-        return;
+    Trace* trace = nullptr;
+    std::vector<TraceField> fields;
+    std::string ev;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (trace_ == nullptr) {
+            return;
+        }
+        // The service's own lines: its domain, from its process (libraries there log under theirs).
+        if (servicePid_ != 0 && record.pid == servicePid_ && record.domain == Vantel::ZEL_LOG_LABEL.domain) {
+            ev = "log";
+            fields = {{"level", level}, {"msg", record.message}};
+        } else if (appPid_ != 0 && record.pid == appPid_ && tag == line_) {
+            ev = "app.log";
+            fields = {{"bundle", bundle_}, {"level", level}, {"msg", record.message}};
+        } else {
+            return;
+        }
+        trace = trace_;
+        ++inside_;
     }
-    // The service's own lines: its domain, from its process (libraries there log under theirs).
-    if (servicePid_ != 0 && record.pid == servicePid_ && record.domain == Vantel::ZEL_LOG_LABEL.domain) {
-        trace_->Emit("log", {{"level", level}, {"msg", record.message}});
-    } else if (appPid_ != 0 && record.pid == appPid_ && tag == line_) {
-        trace_->Emit("app.log", {{"bundle", bundle_}, {"level", level}, {"msg", record.message}});
-    }
+    EmitOutside(trace, std::move(ev), std::move(fields));
 }
 
 void DeviceTap::Detach()
 {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::unique_lock<std::mutex> lock(mutex_);
     trace_ = nullptr;
+    left_.wait(lock, [this] { return inside_ == 0; });
 }
 
 }  // namespace Tarvo::Emu

@@ -3,8 +3,7 @@
 
 // The arguments of zel_device:
 //   zel_device run SCENARIO [--trace FILE|-] [--chart FILE.svg] [--data-dir DIR] [--realtime] [--quiet] [--log]
-//   zel_device check SCENARIO
-//   zel_device serve [--dir RUNDIR] [--data-dir DIR] [--config FILE] [--log]
+//   [--processes] zel_device check SCENARIO zel_device serve [--dir RUNDIR] [--data-dir DIR] [--config FILE] [--log]
 //   zel_device send [--dir RUNDIR] [LINE...]      (no LINE: lines from stdin)
 //   zel_device trace [--dir RUNDIR] [-f]
 //   zel_device --help | --version
@@ -27,6 +26,7 @@ struct CommandLine {
     bool realtime = false;
     bool quiet = false;
     bool log = false;
+    bool processes = false;             // run: every emulated process a real one
     std::optional<std::string> dir;     // serve, send, trace: the run folder
     std::optional<std::string> config;  // serve
     std::vector<std::string> lines;     // send

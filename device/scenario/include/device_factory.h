@@ -17,6 +17,8 @@ struct DeviceOptions {
     bool keepDataDir = false;  // true when dataDir was given: it outlives the run
     bool realtime = false;     // wall clock; otherwise virtual time is already installed
     bool log = false;          // platform log on stderr
+    bool processes = false;    // every emulated process a real one (real clock only)
+    std::string runDir;        // with processes: the run folder; empty: a temporary one
 };
 
 // A freshly powered-on device, not yet booted; null if it could not be made.

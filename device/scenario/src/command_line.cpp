@@ -25,10 +25,11 @@ bool RunOption(const std::vector<std::string>& args, size_t* i, CommandLine* lin
         *valued = args[++*i];
         return true;
     }
-    bool* flag = name == "--realtime" ? &line->realtime
-                 : name == "--quiet"  ? &line->quiet
-                 : name == "--log"    ? &line->log
-                                      : nullptr;
+    bool* flag = name == "--realtime"    ? &line->realtime
+                 : name == "--quiet"     ? &line->quiet
+                 : name == "--log"       ? &line->log
+                 : name == "--processes" ? &line->processes
+                                         : nullptr;
     if (flag == nullptr) {
         return Fail("unknown option " + Shown(name), error);
     }
@@ -118,7 +119,7 @@ const char* CommandLine::Usage()
 {
     return "usage:\n"
            "  zel_device run SCENARIO [--trace FILE|-] [--chart FILE.svg] [--data-dir DIR] [--realtime] [--quiet] "
-           "[--log]\n"
+           "[--log] [--processes]\n"
            "  zel_device check SCENARIO\n"
            "  zel_device serve [--dir RUNDIR] [--data-dir DIR] [--config FILE] [--log]\n"
            "  zel_device send [--dir RUNDIR] [LINE...]\n"
@@ -132,6 +133,7 @@ const char* CommandLine::Usage()
            "  --realtime        play against the wall clock\n"
            "  --quiet           no timeline on stdout\n"
            "  --log             the platform log on stderr\n"
+           "  --processes       every emulated process a real one (with --realtime for now)\n"
            "check only parses SCENARIO and reports every error.\n"
            "serve boots a device on the real clock and keeps it running until SIGTERM or SIGINT; send plays\n"
            "scenario lines without TIME on it (from stdin when none are given) and prints their requests'\n"

@@ -70,7 +70,7 @@ bool ScenarioPlayer::MoveTo(int64_t time, const std::string& where)
         if (ahead > PlatformClock::duration::zero()) {
             std::this_thread::sleep_for(ahead);
         }
-        quiet = VirtualClock::WaitQuiet(options_.quietLimit);
+        quiet = device_.WaitQuiet(options_.quietLimit);
     } else {
         quiet = VirtualClock::AdvanceTo(until, options_.quietLimit);
     }
@@ -82,7 +82,7 @@ bool ScenarioPlayer::MoveTo(int64_t time, const std::string& where)
 
 bool ScenarioPlayer::Settle(const std::string& where)
 {
-    return Checked(VirtualClock::WaitQuiet(options_.quietLimit), where);
+    return Checked(device_.WaitQuiet(options_.quietLimit), where);
 }
 
 bool ScenarioPlayer::Checked(bool quiet, const std::string& where)

@@ -222,7 +222,7 @@ int ServingDevice::Play(const Scenario& scenario, ControlChannel& channel)
             channel.WriteLine("2 zel_device: " + Shown(line.text) + ": " + error);
             return 1;
         }
-        if (!VirtualClock::WaitQuiet(quietLimit_)) {
+        if (!device_.WaitQuiet(quietLimit_)) {
             channel.WriteLine("2 zel_device: the device did not become quiet after " + Shown(line.text));
             return 1;
         }

@@ -13,8 +13,8 @@
 #include "control_client.h"
 #include "input_text.h"
 #include "jsonl_writer.h"
-#include "scenario_parser.h"
 #include "run_dir.h"
+#include "scenario_parser.h"
 #include "serving_device.h"
 #include "timeline_writer.h"
 #include "virtual_clock.h"
@@ -26,7 +26,6 @@ std::string SocketPath(const CommandLine& line)
     return line.dir.value_or(RunDir::DefaultPath()) + "/" + ControlChannel::kSocketName;
 }
 }  // namespace
-
 
 ZelDeviceApp::ZelDeviceApp(DeviceFactory factory, std::ostream& out, std::ostream& err)
     : factory_(std::move(factory)), out_(out), err_(err)
@@ -89,6 +88,11 @@ int ZelDeviceApp::Check(const CommandLine& line)
 
 int ZelDeviceApp::Run(const CommandLine& line)
 {
+    if (line.processes && !line.realtime) {
+        // Virtual time across processes is not there yet.
+        err_ << "zel_device: --processes plays on the real clock only: add --realtime\n";
+        return EXIT_SCENARIO_ERROR;
+    }
     Scenario scenario;
     if (!Load(line.scenario, &scenario)) {
         return EXIT_SCENARIO_ERROR;
@@ -127,6 +131,7 @@ int ZelDeviceApp::Play(const CommandLine& line, const Scenario& scenario, std::o
     options.keepDataDir = line.dataDir.has_value();
     options.realtime = line.realtime;
     options.log = line.log;
+    options.processes = line.processes;
     device_ = factory_(options);
     if (device_ == nullptr) {
         return Failed("the device could not be made");

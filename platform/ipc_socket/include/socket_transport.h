@@ -7,6 +7,8 @@
 // Several sessions of one real process are separate endpoints, so tests can host a whole device in
 // one process. The peer's identity comes from the kernel (SO_PEERCRED) and ProcessRegistry
 // (RUNDIR/registry), never from what the peer claims. One I/O thread reads every connection.
+// Well-known objects are published under a name and found at RUNDIR/<name>; the context object
+// (the service manager) is the one named "samgr".
 
 #include <memory>
 #include <string>
@@ -20,6 +22,17 @@ public:
     struct Options {
         // Holds sock/ (the endpoints), registry/ and the context object's socket "samgr".
         std::string runDir;
+    };
+
+    static constexpr const char* kContextName = "samgr";
+    // Names are 1 to 32 of [a-z0-9_], and not a folder of the run folder.
+    static constexpr size_t kMaxNameLength = 32;
+
+    // One-way requests this real process has sent and received, for a device that counts what is
+    // on its way between processes.
+    struct Traffic {
+        uint64_t oneWaySent = 0;
+        uint64_t oneWayReceived = 0;
     };
 
     explicit SocketTransport(Options options);
@@ -40,6 +53,15 @@ public:
     bool SetContextObject(const sptr<IRemoteObject>& object) override;
     void SetTransportFault(int32_t pid, bool fail) override;
     void SetTransactionObserver(TransactionObserver observer) override;
+
+    // Publishes an object of a session of this process under `name` (null withdraws it). False for
+    // a bad name, an object that cannot be bound here, or a name a live process of another real
+    // process holds.
+    bool PublishNamed(const std::string& name, const sptr<IRemoteObject>& object);
+    // The object published under `name`, as the calling thread's session sees it; null if none.
+    sptr<IRemoteObject> GetNamed(const std::string& name);
+    Traffic OneWayTraffic() const;
+    static bool ValidName(const std::string& name);
 
     class Impl;
 

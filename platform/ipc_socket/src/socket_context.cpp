@@ -8,6 +8,8 @@ namespace Tarvo {
 int ListenAt(const std::string& path);
 int ConnectTo(const std::string& path);
 
+// A lookup on a connection made to a well-known name answers the object bound there; one on an
+// endpoint's own socket answers the context object if this endpoint owns it.
 void SocketTransport::Impl::AnswerContextLookup(const std::shared_ptr<SocketEndpoint>& endpoint,
                                                 const std::shared_ptr<SocketConnection>& to, uint64_t id)
 {
@@ -17,10 +19,13 @@ void SocketTransport::Impl::AnswerContextLookup(const std::shared_ptr<SocketEndp
     std::vector<sptr<IRemoteObject>> holds;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        SocketNode* node = contextEndpoint_.lock() == endpoint ? OwnNodeLocked(*endpoint, contextCookie_) : nullptr;
+        auto binding = named_.find(to->via.empty() ? std::string(SocketTransport::kContextName) : to->via);
+        SocketNode* node = binding != named_.end() && binding->second.endpoint.lock() == endpoint
+                               ? OwnNodeLocked(*endpoint, binding->second.cookie)
+                               : nullptr;
         sptr<IRemoteObject> object = node != nullptr ? node->strongHold : nullptr;
         if (object != nullptr) {
-            answer.objects.push_back({endpoint->identity.pid, contextCookie_, node->descriptor});
+            answer.objects.push_back({endpoint->identity.pid, binding->second.cookie, node->descriptor});
             holds.push_back(std::move(object));
         }
     }
@@ -28,20 +33,21 @@ void SocketTransport::Impl::AnswerContextLookup(const std::shared_ptr<SocketEndp
     Send(to, answer);
 }
 
-sptr<IRemoteObject> SocketTransport::Impl::LookUpContext(const std::shared_ptr<SocketEndpoint>& endpoint)
+sptr<IRemoteObject> SocketTransport::Impl::LookUpNamed(const std::shared_ptr<SocketEndpoint>& endpoint,
+                                                       const std::string& name)
 {
     std::shared_ptr<SocketConnection> connection;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        connection = endpoint->contextConnection.lock();
+        connection = endpoint->namedConnections[name].lock();
     }
     if (connection == nullptr || connection->closed) {
-        connection = Connect(endpoint, options_.runDir + "/samgr", -1);
+        connection = Connect(endpoint, options_.runDir + "/" + name, -1);
         if (connection == nullptr) {
             return nullptr;
         }
         std::lock_guard<std::mutex> lock(mutex_);
-        endpoint->contextConnection = connection;
+        endpoint->namedConnections[name] = connection;
     }
     WireFormat::Frame lookup;
     lookup.type = WireFormat::CONTEXT_LOOKUP;
@@ -54,24 +60,27 @@ sptr<IRemoteObject> SocketTransport::Impl::LookUpContext(const std::shared_ptr<S
     return parcel.GetObjects().front().hold;
 }
 
-// The context object's owner also listens at the well-known name; a name held by a live
-// endpoint of another real process is not taken over.
-bool SocketTransport::Impl::BindContext(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie)
+uint64_t SocketTransport::Impl::BoundCookie(const std::string& name)
 {
-    std::string path = options_.runDir + "/samgr";
-    std::shared_ptr<SocketEndpoint> previous;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        previous = contextEndpoint_.lock();
-    }
-    if (previous == nullptr) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    auto binding = named_.find(name);
+    return binding != named_.end() && binding->second.endpoint.lock() != nullptr ? binding->second.cookie : 0;
+}
+
+// The owner listens at RUNDIR/<name>; a name held by a live endpoint of another real process is not
+// taken over.
+bool SocketTransport::Impl::BindNamed(const std::string& name, const std::shared_ptr<SocketEndpoint>& endpoint,
+                                      uint64_t cookie)
+{
+    std::string path = options_.runDir + "/" + name;
+    if (BoundCookie(name) == 0) {
         int probe = ConnectTo(path);
         if (probe >= 0) {
             close(probe);
             return false;
         }
     }
-    UnbindContext();
+    UnbindNamed(name);
     int fd = ListenAt(path);
     if (fd < 0) {
         return false;
@@ -85,36 +94,38 @@ bool SocketTransport::Impl::BindContext(const std::shared_ptr<SocketEndpoint>& e
         unlink(path.c_str());
         return false;
     }
-    node->context = true;
+    ++node->published;
     node->strongHold = held;
-    endpoint->contextFd = fd;
-    endpoint->contextWatch = Watch(fd, endpoint, nullptr);
-    contextEndpoint_ = endpoint;
-    contextCookie_ = cookie;
+    named_[name] = NamedBinding{endpoint, cookie, fd, Watch(fd, endpoint, nullptr, name)};
     return true;
 }
 
-void SocketTransport::Impl::UnbindContext()
+sptr<IRemoteObject> SocketTransport::Impl::CloseBindingLocked(const std::string& name, NamedBinding& binding)
+{
+    if (binding.fd >= 0) {
+        Unwatch(binding.watch, binding.fd);
+        unlink((options_.runDir + "/" + name).c_str());
+        close(binding.fd);
+        binding.fd = -1;
+    }
+    std::shared_ptr<SocketEndpoint> endpoint = binding.endpoint.lock();
+    SocketNode* node = endpoint != nullptr ? OwnNodeLocked(*endpoint, binding.cookie) : nullptr;
+    if (node == nullptr || --node->published > 0 || StrongHeldLocked(*node)) {
+        return nullptr;
+    }
+    return std::move(node->strongHold);
+}
+
+void SocketTransport::Impl::UnbindNamed(const std::string& name)
 {
     sptr<IRemoteObject> dropped;
     std::lock_guard<std::mutex> lock(mutex_);
-    std::shared_ptr<SocketEndpoint> endpoint = contextEndpoint_.lock();
-    contextEndpoint_.reset();
-    if (endpoint == nullptr) {
+    auto binding = named_.find(name);
+    if (binding == named_.end()) {
         return;
     }
-    if (endpoint->contextFd >= 0) {
-        Unwatch(endpoint->contextWatch, endpoint->contextFd);
-        unlink((options_.runDir + "/samgr").c_str());
-        close(endpoint->contextFd);
-        endpoint->contextFd = -1;
-    }
-    if (SocketNode* node = OwnNodeLocked(*endpoint, contextCookie_)) {
-        node->context = false;
-        if (!StrongHeldLocked(*node)) {
-            dropped = std::move(node->strongHold);
-        }
-    }
+    dropped = CloseBindingLocked(name, binding->second);
+    named_.erase(binding);
 }
 
 }  // namespace Tarvo

@@ -78,7 +78,7 @@ void SocketTransport::Impl::CloseConnection(const std::shared_ptr<SocketConnecti
         }
         for (auto& [cookie, node] : nodes_) {
             node.holders.erase(connection.get());
-            if (!node.context && !StrongHeldLocked(node)) {
+            if (node.published == 0 && !StrongHeldLocked(node)) {
                 drops.push_back(std::move(node.strongHold));
             }
         }
@@ -93,22 +93,24 @@ void SocketTransport::Impl::CloseConnection(const std::shared_ptr<SocketConnecti
 void SocketTransport::Impl::CloseEndpoint(const std::shared_ptr<SocketEndpoint>& endpoint)
 {
     std::vector<std::shared_ptr<SocketConnection>> closing;
+    std::vector<sptr<IRemoteObject>> dropped;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         endpoint->closed = true;
         closing.assign(endpoint->connections.begin(), endpoint->connections.end());
-        for (auto [fd, watch, name] :
-             {std::tuple{&endpoint->listenFd, endpoint->listenWatch, "/sock/" + std::to_string(endpoint->identity.pid)},
-              std::tuple{&endpoint->contextFd, endpoint->contextWatch, std::string("/samgr")}}) {
-            if (*fd >= 0) {
-                Unwatch(watch, *fd);
-                unlink((options_.runDir + name).c_str());
-                close(*fd);
-                *fd = -1;
-            }
+        if (endpoint->listenFd >= 0) {
+            Unwatch(endpoint->listenWatch, endpoint->listenFd);
+            unlink((options_.runDir + "/sock/" + std::to_string(endpoint->identity.pid)).c_str());
+            close(endpoint->listenFd);
+            endpoint->listenFd = -1;
         }
-        if (contextEndpoint_.lock() == endpoint) {
-            contextEndpoint_.reset();
+        for (auto binding = named_.begin(); binding != named_.end();) {
+            if (binding->second.endpoint.lock() != endpoint) {
+                ++binding;
+                continue;
+            }
+            dropped.push_back(CloseBindingLocked(binding->first, binding->second));
+            binding = named_.erase(binding);
         }
         // Peers in this real process learn of the death at once, not when their reads get to it.
         for (const auto& [session, other] : endpoints_) {

@@ -293,14 +293,14 @@ void SocketTransport::Impl::Drop(const std::shared_ptr<SocketConnection>& connec
 }
 
 uint64_t SocketTransport::Impl::Watch(int fd, std::shared_ptr<SocketEndpoint> endpoint,
-                                      std::shared_ptr<SocketConnection> connection)
+                                      std::shared_ptr<SocketConnection> connection, std::string via)
 {
     uint64_t id = nextWatch_++;
     epoll_event event{};
     event.events = EPOLLIN | EPOLLRDHUP;
     event.data.u64 = id;
     int listenFd = connection == nullptr ? fd : -1;
-    watched_[id] = Watched{std::move(endpoint), std::move(connection), listenFd};
+    watched_[id] = Watched{std::move(endpoint), std::move(connection), listenFd, std::move(via)};
     epoll_ctl(epollFd_, EPOLL_CTL_ADD, fd, &event);
     return id;
 }

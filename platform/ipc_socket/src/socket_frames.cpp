@@ -24,6 +24,9 @@ bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& end
                                       const std::shared_ptr<SocketConnection>& from, WireFormat::Frame& frame)
 {
     bool oneWay = (frame.flags & WireFormat::FLAG_ONE_WAY) != 0;
+    if (oneWay) {
+        ++oneWayReceived_;
+    }
     bool startDrain = false;
     uint64_t cookie = frame.target;
     const Sequencer::Turn turn = frame.turn;
@@ -117,7 +120,7 @@ bool SocketTransport::Impl::OnRelease(const std::shared_ptr<SocketConnection>& f
             if (refs->second.strong <= 0 && refs->second.weak <= 0) {
                 node->holders.erase(refs);
             }
-            if (!node->context && !StrongHeldLocked(*node)) {
+            if (node->published == 0 && !StrongHeldLocked(*node)) {
                 dropped = std::move(node->strongHold);
             }
         }

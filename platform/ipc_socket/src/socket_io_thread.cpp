@@ -40,13 +40,14 @@ void SocketTransport::Impl::IoLoop()
             if (watched.connection != nullptr) {
                 ReadFrom(watched.connection);
             } else {
-                Accept(watched.endpoint, watched.listenFd);
+                Accept(watched.endpoint, watched.listenFd, watched.via);
             }
         }
     }
 }
 
-void SocketTransport::Impl::Accept(const std::shared_ptr<SocketEndpoint>& endpoint, int listenFd)
+void SocketTransport::Impl::Accept(const std::shared_ptr<SocketEndpoint>& endpoint, int listenFd,
+                                   const std::string& via)
 {
     int fd = accept4(listenFd, nullptr, nullptr, SOCK_CLOEXEC);
     if (fd < 0) {
@@ -60,6 +61,7 @@ void SocketTransport::Impl::Accept(const std::shared_ptr<SocketEndpoint>& endpoi
     connection->peer.uid = static_cast<int32_t>(uid);
     connection->peerPid = connection->peerRealPid;
     connection->endpoint = endpoint;
+    connection->via = via;
     std::lock_guard<std::mutex> lock(mutex_);
     if (endpoint->closed) {
         return;

@@ -92,9 +92,12 @@ int SocketTransport::Impl::SendOneWay(const std::shared_ptr<SocketEndpoint>& hol
         std::lock_guard<std::mutex> lock(mutex_);
         handedOver_.emplace(key, WorkTracker::Token());
     }
+    // Counted before it leaves, so that a count of the device never misses it on its way.
+    ++oneWaySent_;
     if (Send(connection, request)) {
         return ERR_NONE;
     }
+    --oneWaySent_;
     DropHandedOver(key);
     Sequencer::Cancel(request.turn);
     return ERR_DEAD_OBJECT;

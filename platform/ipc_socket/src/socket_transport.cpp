@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "ipc_types.h"
 #include "transport_impl.h"
 
@@ -143,26 +145,42 @@ void SocketTransport::ReleaseHandle(uint64_t handle)
 
 sptr<IRemoteObject> SocketTransport::GetContextObject()
 {
-    std::shared_ptr<SocketEndpoint> reader = impl_->EndpointOf(VirtualProcess::Current());
-    if (reader == nullptr) {
-        return nullptr;
-    }
-    uint64_t cookie = 0;
-    {
-        std::lock_guard<std::mutex> lock(impl_->mutex_);
-        if (impl_->contextEndpoint_.lock() != nullptr) {
-            cookie = impl_->contextCookie_;
-        }
-    }
-    sptr<IRemoteObject> object =
-        cookie != 0 ? impl_->Resolve(reader, {WireObject::LOCAL, cookie}) : impl_->LookUpContext(reader);
-    return object == nullptr || object->IsObjectDead() ? nullptr : object;
+    return GetNamed(kContextName);
 }
 
 bool SocketTransport::SetContextObject(const sptr<IRemoteObject>& object)
 {
+    return PublishNamed(kContextName, object);
+}
+
+bool SocketTransport::ValidName(const std::string& name)
+{
+    if (name.empty() || name.size() > kMaxNameLength || name == "sock" || name == "registry" || name == "lock") {
+        return false;
+    }
+    return std::all_of(name.begin(), name.end(),
+                       [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; });
+}
+
+sptr<IRemoteObject> SocketTransport::GetNamed(const std::string& name)
+{
+    std::shared_ptr<SocketEndpoint> reader = impl_->EndpointOf(VirtualProcess::Current());
+    if (reader == nullptr || !ValidName(name)) {
+        return nullptr;
+    }
+    uint64_t cookie = impl_->BoundCookie(name);
+    sptr<IRemoteObject> object =
+        cookie != 0 ? impl_->Resolve(reader, {WireObject::LOCAL, cookie}) : impl_->LookUpNamed(reader, name);
+    return object == nullptr || object->IsObjectDead() ? nullptr : object;
+}
+
+bool SocketTransport::PublishNamed(const std::string& name, const sptr<IRemoteObject>& object)
+{
+    if (!ValidName(name)) {
+        return false;
+    }
     if (object == nullptr) {
-        impl_->UnbindContext();
+        impl_->UnbindNamed(name);
         return true;
     }
     WireObject wire;
@@ -187,7 +205,12 @@ bool SocketTransport::SetContextObject(const sptr<IRemoteObject>& object)
         // Only an object of a session of this real process can be bound here.
         owner = impl_->LocalEndpoint(ownerPid);
     }
-    return owner != nullptr && impl_->BindContext(owner, cookie);
+    return owner != nullptr && impl_->BindNamed(name, owner, cookie);
+}
+
+SocketTransport::Traffic SocketTransport::OneWayTraffic() const
+{
+    return {impl_->oneWaySent_.load(), impl_->oneWayReceived_.load()};
 }
 
 void SocketTransport::SetTransportFault(int32_t pid, bool fail)

@@ -46,6 +46,8 @@ struct SocketConnection {
     const int fd;
     uint64_t watchId = 0;
     std::weak_ptr<SocketEndpoint> endpoint;
+    // The well-known name it was accepted at; empty for the endpoint's own socket.
+    std::string via;
     // Set once the hello is through.
     ProcessIdentity peer;
     int32_t peerPid = 0;
@@ -76,10 +78,10 @@ struct SocketNode {
     RefCounter* counter = nullptr;  // valid while `weak` lives
     wptr<IRemoteObject> weak;
     std::u16string descriptor;
-    // Kept while a connection holds the object strongly, or it is the context object.
+    // Kept while a connection holds the object strongly, or it is published under a name.
     sptr<IRemoteObject> strongHold;
     std::map<const SocketConnection*, Refs> holders;
-    bool context = false;
+    int published = 0;  // names it is published under
     std::deque<OneWay> oneWay;
     bool draining = false;
 };
@@ -89,13 +91,20 @@ struct SocketEndpoint {
     ProcessIdentity identity;
     int listenFd = -1;
     uint64_t listenWatch = 0;
-    int contextFd = -1;
-    uint64_t contextWatch = 0;
     bool closed = false;
     std::set<std::shared_ptr<SocketConnection>> connections;
     // The connection requests to a peer go on: the first one established.
     std::map<int32_t, std::shared_ptr<SocketConnection>> peers;
-    std::weak_ptr<SocketConnection> contextConnection;
+    // Connections to well-known names, by name.
+    std::map<std::string, std::weak_ptr<SocketConnection>> namedConnections;
+};
+
+// An object published under a well-known name: its owner listens at RUNDIR/<name>.
+struct NamedBinding {
+    std::weak_ptr<SocketEndpoint> endpoint;
+    uint64_t cookie = 0;
+    int fd = -1;
+    uint64_t watch = 0;
 };
 
 struct SocketHandle {
@@ -179,13 +188,17 @@ public:
     void AnswerAcquire(const std::shared_ptr<SocketConnection>& to, uint64_t id, bool granted);
     void AnswerContextLookup(const std::shared_ptr<SocketEndpoint>& endpoint,
                              const std::shared_ptr<SocketConnection>& to, uint64_t id);
-    sptr<IRemoteObject> LookUpContext(const std::shared_ptr<SocketEndpoint>& endpoint);
-    bool BindContext(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie);
-    void UnbindContext();
+    sptr<IRemoteObject> LookUpNamed(const std::shared_ptr<SocketEndpoint>& endpoint, const std::string& name);
+    bool BindNamed(const std::string& name, const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie);
+    void UnbindNamed(const std::string& name);
+    // Under mutex_: closes the binding's socket; the object to drop after the lock, if any.
+    sptr<IRemoteObject> CloseBindingLocked(const std::string& name, NamedBinding& binding);
+    // The bound object's cookie, 0 when the name is not bound in this process.
+    uint64_t BoundCookie(const std::string& name);
 
     // The I/O thread (socket_io_thread.cpp).
     void IoLoop();
-    void Accept(const std::shared_ptr<SocketEndpoint>& endpoint, int listenFd);
+    void Accept(const std::shared_ptr<SocketEndpoint>& endpoint, int listenFd, const std::string& via);
     void ReadFrom(const std::shared_ptr<SocketConnection>& connection);
     bool OnFrame(const std::shared_ptr<SocketConnection>& connection, WireFormat::Frame& frame);
     bool OnHello(const std::shared_ptr<SocketConnection>& connection, const WireFormat::Frame& frame);
@@ -201,7 +214,8 @@ public:
     bool PostTo(const std::shared_ptr<SocketEndpoint>& endpoint, std::function<void()> work,
                 Sequencer::Turn turn = Sequencer::kNoTurn);
     // Under mutex_.
-    uint64_t Watch(int fd, std::shared_ptr<SocketEndpoint> endpoint, std::shared_ptr<SocketConnection> connection);
+    uint64_t Watch(int fd, std::shared_ptr<SocketEndpoint> endpoint, std::shared_ptr<SocketConnection> connection,
+                   std::string via = {});
     void Unwatch(uint64_t watchId, int fd);
 
     // Under mutex_.
@@ -222,6 +236,7 @@ public:
         std::shared_ptr<SocketEndpoint> endpoint;
         std::shared_ptr<SocketConnection> connection;
         int listenFd = -1;
+        std::string via;
     };
 
     const SocketTransport::Options options_;
@@ -238,8 +253,9 @@ public:
     // One-way requests between sessions of this process, counted as work from the moment they are
     // written until the receiver queues them: by (sender pid, frame id).
     std::map<std::pair<int32_t, uint64_t>, WorkTracker::Token> handedOver_;
-    std::weak_ptr<SocketEndpoint> contextEndpoint_;
-    uint64_t contextCookie_ = 0;
+    std::map<std::string, NamedBinding> named_;
+    std::atomic<uint64_t> oneWaySent_{0};
+    std::atomic<uint64_t> oneWayReceived_{0};
     uint64_t nextCookie_ = 1;
     uint64_t nextHandle_ = 1;
     uint64_t nextId_ = 1;

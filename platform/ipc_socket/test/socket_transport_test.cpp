@@ -219,6 +219,55 @@ TEST_F(SocketTransportTest, ContextObjectIsSeenFromEachSession)
     EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
 }
 
+TEST_F(SocketTransportTest, NamedObjectsStandBesideTheContextObject)
+{
+    auto& transport = static_cast<SocketTransport&>(IPCTransport::Get());
+    sptr<FunctionStub> hub = MakeStub(service_, u"test.Hub");
+    sptr<FunctionStub> manager = MakeStub(third_, u"test.Manager");
+    for (const std::string& bad :
+         std::vector<std::string>{"", "sock", "registry", "lock", "Hub", "a/b", std::string(33, 'a')}) {
+        EXPECT_FALSE(transport.PublishNamed(bad, hub)) << bad;
+    }
+    ASSERT_TRUE(transport.PublishNamed("hub", hub));
+    {
+        ScopedProcess scope(third_);
+        ASSERT_TRUE(IPCSkeleton::SetContextObject(manager));
+    }
+    ScopedProcess scope(client_);
+    sptr<IRemoteObject> seenHub = transport.GetNamed("hub");
+    ASSERT_NE(seenHub, nullptr);
+    EXPECT_EQ(seenHub->GetObjectDescriptor(), u"test.Hub");
+    EXPECT_EQ(transport.GetNamed("samgr")->GetObjectDescriptor(), u"test.Manager");
+    EXPECT_EQ(transport.GetNamed("nothing"), nullptr);
+    // Withdrawing the context object leaves other names alone.
+    EXPECT_TRUE(IPCSkeleton::SetContextObject(nullptr));
+    EXPECT_EQ(IPCSkeleton::GetContextObject(), nullptr);
+    EXPECT_NE(transport.GetNamed("hub"), nullptr);
+    EXPECT_TRUE(transport.PublishNamed("hub", nullptr));
+    EXPECT_EQ(transport.GetNamed("hub"), nullptr);
+}
+
+TEST_F(SocketTransportTest, OneWayTrafficCountsWhatLeavesAndArrives)
+{
+    auto& transport = static_cast<SocketTransport&>(IPCTransport::Get());
+    Latch latch;
+    sptr<FunctionStub> stub =
+        MakeStub(service_, u"test.Sink", [&latch](uint32_t, MessageParcel& data, MessageParcel&, MessageOption&) {
+            latch.Note(data.ReadInt32());
+            return 0;
+        });
+    sptr<IRemoteObject> proxy = Transfer(stub, client_);
+    const SocketTransport::Traffic before = transport.OneWayTraffic();
+    ScopedProcess scope(client_);
+    ASSERT_EQ(Call(proxy, 1, 1, nullptr, MessageOption::TF_ASYNC), 0);
+    ASSERT_EQ(Call(proxy, 1, 2, nullptr, MessageOption::TF_ASYNC), 0);
+    ASSERT_EQ(Call(proxy, 1, 3), 0);  // synchronous: not counted
+    ASSERT_EQ(latch.WaitFor(3).size(), 3u);
+    const SocketTransport::Traffic after = transport.OneWayTraffic();
+    EXPECT_EQ(after.oneWaySent - before.oneWaySent, 2u);
+    EXPECT_EQ(after.oneWayReceived - before.oneWayReceived, 2u);
+}
+
 // A peer breaking the format is dropped with one line; others go on being served.
 TEST_F(SocketTransportTest, MalformedStreamsDropOnlyThatPeer)
 {

@@ -4,6 +4,7 @@
 
 #include "crash_reporter.h"
 #include "device.h"
+#include "process_device.h"
 
 namespace Tarvo::Emu {
 
@@ -19,6 +20,9 @@ std::unique_ptr<DeviceControl> MakeDevice(const DeviceOptions& options)
     const char* library = std::getenv("ZEL_SERVICE_LIBRARY");
     setup.serviceLibrary = library != nullptr ? library : ZEL_SERVICE_LIBRARY;
     setup.defaultConfig = ZEL_DEFAULT_CONFIG;
+    if (options.processes) {
+        return std::make_unique<ProcessDevice>(ProcessDeviceSetup{std::move(setup), options.runDir, {}});
+    }
     return std::make_unique<Device>(std::move(setup));
 }
 

@@ -14,10 +14,11 @@ namespace {
 
 class ZelDeviceAppTest : public testing::Test {
 protected:
-    // Other test processes share the temporary folder.
-    static std::string Unique(const std::string& name)
+    // Other test processes share the temporary folder; what a test names there goes with it.
+    std::string Unique(const std::string& name)
     {
-        return testing::TempDir() + "/zel_device_app_" + std::to_string(getpid()) + "_" + name;
+        written_.push_back(testing::TempDir() + "/zel_device_app_" + std::to_string(getpid()) + "_" + name);
+        return written_.back();
     }
 
     std::string Write(const std::string& name, const std::string& text)
@@ -25,6 +26,13 @@ protected:
         const std::string path = Unique(name);
         std::ofstream(path) << text;
         return path;
+    }
+
+    void TearDown() override
+    {
+        for (const std::string& path : written_) {
+            std::remove(path.c_str());
+        }
     }
 
     int Main(const std::vector<std::string>& args)
@@ -42,6 +50,7 @@ protected:
         return status;
     }
 
+    std::vector<std::string> written_;
     std::ostringstream out_;
     std::ostringstream err_;
     std::optional<DeviceOptions> options_;

@@ -200,6 +200,9 @@ int ZelDeviceApp::Serve(const CommandLine& line)
     options.keepDataDir = line.dataDir.has_value();
     options.realtime = true;
     options.log = line.log;
+    // Every emulated process a real one, reachable through the run folder.
+    options.processes = true;
+    options.runDir = runDir->Path();
     device_ = factory_(options);
     if (device_ == nullptr || (line.config && !device_->UseConfig(*line.config, &error)) || !device_->Boot(&error)) {
         return Failed(error.empty() ? "the device could not be made" : error);
@@ -218,6 +221,8 @@ int ZelDeviceApp::Serve(const CommandLine& line)
         interruptHook_(nullptr);
     }
     device_->Shutdown();
+    // Its processes end before their run folder goes.
+    device_.reset();
     return EXIT_OK;
 }
 

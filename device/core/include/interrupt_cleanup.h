@@ -14,7 +14,8 @@
 //    the limits of a signal handler.
 //  - RemoveOnInterrupt / KeepOnInterrupt register and forget a folder; thread-safe.
 //  - A process that stops in order (a serving device) sets OnInterrupt: the first signal then only
-//    calls it, on that thread; a second one ends the process as above.
+//    calls it, on that thread; a second one ends the process as above. Replacing the function
+//    waits until a call of the old one has returned.
 
 #include <functional>
 #include <string>

@@ -16,6 +16,8 @@ namespace {
 struct Folders {
     std::mutex mutex;
     std::set<std::string> dirs;
+    // Held while `stop` runs, so that taking it away waits for a call under way.
+    std::mutex calling;
     std::function<void(int)> stop;
 };
 
@@ -52,13 +54,20 @@ int NextSignal(const sigset_t& signals)
 void WaitForInterrupt(sigset_t signals)
 {
     int signal = NextSignal(signals);
-    std::function<void(int)> stop;
+    bool stopped = false;
     {
-        std::lock_guard<std::mutex> lock(Registered().mutex);
-        stop = Registered().stop;
+        std::lock_guard<std::mutex> call(Registered().calling);
+        std::function<void(int)> stop;
+        {
+            std::lock_guard<std::mutex> lock(Registered().mutex);
+            stop = Registered().stop;
+        }
+        if (stop) {
+            stop(signal);
+            stopped = true;
+        }
     }
-    if (stop) {
-        stop(signal);
+    if (stopped) {
         signal = NextSignal(signals);
     }
     // The device's processes go with it.
@@ -100,6 +109,7 @@ void KeepOnInterrupt(const std::string& dir)
 
 void OnInterrupt(std::function<void(int signal)> stop)
 {
+    std::lock_guard<std::mutex> call(Registered().calling);
     std::lock_guard<std::mutex> lock(Registered().mutex);
     Registered().stop = std::move(stop);
 }

@@ -17,6 +17,7 @@
 #include "hilog.h"
 #include "interrupt_cleanup.h"
 #include "ipc_skeleton.h"
+#include "ipc_types.h"
 #include "iservice_registry.h"
 #include "process_registry.h"
 #include "service_host.h"
@@ -25,6 +26,17 @@
 
 namespace Tarvo::Emu {
 namespace {
+// What a proxy is once its owner has died: every request fails as the transport fails it.
+class DeadRemote : public IRemoteObject {
+public:
+    explicit DeadRemote(std::u16string descriptor) : IRemoteObject(std::move(descriptor)) {}
+    int SendRequest(uint32_t, MessageParcel&, MessageParcel&, MessageOption&) override { return ERR_DEAD_OBJECT; }
+    bool IsProxyObject() const override { return true; }
+    bool IsObjectDead() const override { return true; }
+    bool AddDeathRecipient(const sptr<DeathRecipient>&) override { return false; }
+    bool RemoveDeathRecipient(const sptr<DeathRecipient>&) override { return false; }
+};
+
 struct ProcessArgs {
     std::string role;
     std::string arg;
@@ -202,7 +214,13 @@ void DeviceProcess::Send(const AgentControl& control, AgentReply* reply)
         reply->object = callback;
     }
     const bool toCallback = control.order.kind == RequestOrder::Kind::RAW && !control.order.raw.bundle.empty();
-    reply->outcome = SendOrder(control.order, toCallback ? control.object : LookUpService(), callback);
+    sptr<IRemoteObject> target = toCallback ? control.object : LookUpService();
+    if (toCallback && target == nullptr) {
+        // The device sends no object only for a callback whose process died (a dead proxy cannot
+        // travel): what this process would hold then is a dead proxy.
+        target = new DeadRemote(Vantel::IZelCallbackInterface::GetDescriptor());
+    }
+    reply->outcome = SendOrder(control.order, target, callback);
 }
 
 void DeviceProcess::HandleService(const AgentControl& control, AgentReply* reply)

@@ -230,7 +230,7 @@ bool ProcessDevice::SetIpcFail(const std::string& bundle, bool fail, std::string
     if (app == nullptr) {
         return false;
     }
-    IPCTransport::Get().SetTransportFault(app->pid, fail);
+    // Every process but the controller, whose controls must still reach the application.
     for (const auto& [name, child] : children_) {
         ControlQuietly(name, Flag(AgentCode::FAULT, fail, app->pid));
     }

@@ -74,7 +74,7 @@ Sequencer::Turn Queue(bool first)
     if (!gEnabled.load(std::memory_order_acquire)) {
         return Sequencer::kNoTurn;
     }
-    const int32_t pid = getpid();
+    const int32_t pid = TimePage::OwnPid();
     return ChangeLine([first, pid](Layout& page, bool& wake) {
         FrontLocked(page);
         if (page.end - page.first >= TimePage::kLineCapacity) {
@@ -124,7 +124,7 @@ bool Sequencer::Take(Turn turn)
         return true;
     }
     Layout& page = TimePage::Current();
-    const int32_t pid = getpid();
+    const int32_t pid = TimePage::OwnPid();
     for (;;) {
         uint32_t seen = 0;
         {
@@ -165,7 +165,7 @@ void Sequencer::Finish()
         return;
     }
     tHolding = false;
-    const int32_t pid = getpid();
+    const int32_t pid = TimePage::OwnPid();
     ChangeLine([pid](Layout& page, bool& wake) {
         // Not if this process was given up for dead and the baton went on meanwhile.
         wake = page.holder == pid;
@@ -191,7 +191,7 @@ bool Sequencer::Adopt(Turn turn)
     if (turn == kNoTurn) {
         return true;
     }
-    const int32_t pid = getpid();
+    const int32_t pid = TimePage::OwnPid();
     return ChangeLine([turn, pid](Layout& page, bool&) {
         Slot* slot = FindLocked(page, turn);
         if (slot != nullptr) {

@@ -99,6 +99,26 @@ void Bump(std::atomic<uint32_t>& word)
     word.fetch_add(1, std::memory_order_release);
 }
 
+namespace {
+std::atomic<int32_t> gOwnPid{0};
+}  // namespace
+
+int32_t OwnPid()
+{
+    int32_t pid = gOwnPid.load(std::memory_order_relaxed);
+    if (pid == 0) {
+        // A forked child starts with none (see the handler below).
+        static const bool registered = [] {
+            pthread_atfork(nullptr, nullptr, [] { gOwnPid.store(0, std::memory_order_relaxed); });
+            return true;
+        }();
+        (void)registered;
+        pid = static_cast<int32_t>(getpid());
+        gOwnPid.store(pid, std::memory_order_relaxed);
+    }
+    return pid;
+}
+
 void WakeAll(std::atomic<uint32_t>& word)
 {
     syscall(SYS_futex, reinterpret_cast<uint32_t*>(&word), FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);

@@ -17,7 +17,7 @@
 namespace Tarvo::TimePage {
 
 constexpr uint64_t kMagic = 0x314d495456524154;  // "TARVTIM1", little-endian
-constexpr uint32_t kVersion = 1;
+constexpr uint32_t kVersion = 2;
 constexpr uint64_t kLineCapacity = 65536;
 constexpr uint32_t kMaxShares = 256;
 
@@ -59,7 +59,8 @@ struct Layout {
     uint64_t taken;
     uint64_t changes;
     uint32_t sharesUsed;
-    uint32_t reserved2;
+    // Threads waiting for quiet: nobody is woken when nobody waits (a dead waiter costs one wake-up).
+    uint32_t quietWaiters;
     Share shares[kMaxShares];
     Slot slots[kLineCapacity];
 };
@@ -71,6 +72,8 @@ static_assert(sizeof(std::atomic<uint32_t>) == sizeof(uint32_t));
 Layout& Current();
 // Fills a zeroed layout (the header last).
 void Initialise(Layout& page);
+// This process's pid, kept across calls (and corrected in a forked child).
+int32_t OwnPid();
 // Prints the reason on stderr and aborts: the device cannot go on with its time broken.
 [[noreturn]] void Fail(const char* what);
 

@@ -66,7 +66,7 @@ void ChangeCount(Change change)
         Lock lock(page);
         change(page);
         ++page.changes;
-        quiet = TotalLocked(page) == 0;
+        quiet = TotalLocked(page) == 0 && page.quietWaiters > 0;
         if (quiet) {
             TimePage::Bump(page.quietChanged);
         }
@@ -89,6 +89,8 @@ Motion Snapshot(Layout& page)
     return Motion{page.changes, page.taken};
 }
 
+// Counted as a waiter from the moment it looks until it is done waiting, so that a change to quiet
+// in between wakes it.
 bool WaitQuietUntil(Layout& page, std::chrono::steady_clock::time_point deadline)
 {
     for (;;) {
@@ -99,19 +101,28 @@ bool WaitQuietUntil(Layout& page, std::chrono::steady_clock::time_point deadline
                 return true;
             }
             seen = page.quietChanged.load(std::memory_order_acquire);
+            ++page.quietWaiters;
         }
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left.count() > 0) {
+            TimePage::WaitChange(page.quietChanged, seen, left.count());
+        }
+        {
+            Lock lock(page);
+            if (page.quietWaiters > 0) {
+                --page.quietWaiters;
+            }
+        }
         if (left.count() <= 0) {
             return false;
         }
-        TimePage::WaitChange(page.quietChanged, seen, left.count());
     }
 }
 
 void Add(int64_t delta)
 {
-    const int32_t pid = getpid();
+    const int32_t pid = TimePage::OwnPid();
     ChangeCount([pid, delta](Layout& page) { OwnShareLocked(page, pid).count += delta; });
 }
 }  // namespace

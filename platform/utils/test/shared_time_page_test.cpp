@@ -253,9 +253,9 @@ TEST(SharedTimePageFileTest, WhatIsNotACompletePageOfThisBuildIsRefused)
         {"other version",
          [&](const std::string& path) {
              made(path);
-             WriteAt(path, 8, 2);
+             WriteAt(path, 8, 7);
          },
-         "of version 2, not 1"},
+         "of version 7, not 2"},
         {"other size",
          [&](const std::string& path) {
              made(path);

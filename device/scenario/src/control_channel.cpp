@@ -98,6 +98,12 @@ std::optional<std::string> ControlChannel::ReadLine(bool* overlong)
     }
     for (;;) {
         size_t newline = buffer_.find('\n', start_);
+        if (newline != std::string::npos && newline - start_ > kMaxLine) {
+            if (overlong != nullptr) {
+                *overlong = true;
+            }
+            return std::nullopt;
+        }
         if (newline != std::string::npos) {
             std::string line = buffer_.substr(start_, newline - start_);
             start_ = newline + 1;

@@ -141,7 +141,7 @@ void ServingDevice::Answer(int fd)
         AnswerTrace(channel, *request == "trace -f");
         status = 0;
     } else {
-        channel.WriteLine("2 zel_device: unknown control request " + Shown(request.value_or("")));
+        channel.WriteLine("2 zel_device: unknown control request '" + Shown(request.value_or("")) + "'");
     }
     channel.WriteLine("exit " + std::to_string(status));
 }

@@ -16,6 +16,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <map>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -50,6 +51,7 @@ private:
     bool Parse(const std::vector<std::string>& lines, Scenario* parsed, ControlChannel& channel);
     int Play(const Scenario& scenario, ControlChannel& channel);
     bool CheckExpect(const Cmd::Expect& expect, ControlChannel& channel);
+    void RememberPackages(const ScenarioLine& line);
     void ReapClients(bool all);
 
     DeviceControl& device_;
@@ -63,8 +65,8 @@ private:
     std::mutex playMutex_;  // one client's lines at a time
     ExpectChecker checker_;
     int nextLine_ = 1;
-    // Package changes played so far: later lines are checked against them.
-    std::string packageLines_;
+    // The install line of each package a sent line installed: later lines are checked against them.
+    std::map<std::string, std::string> installed_;
 
     std::mutex clientsMutex_;
     struct Client {

@@ -172,13 +172,16 @@ int ServingDevice::AnswerSend(ControlChannel& channel)
 
 bool ServingDevice::Parse(const std::vector<std::string>& lines, Scenario* parsed, ControlChannel& channel)
 {
-    // What came before: the device has booted, and the packages were changed as played.
-    const std::string prefix = "boot\n" + packageLines_;
+    // What came before: the device has booted, and these packages are installed.
+    std::string prefix = "boot\n";
+    for (const auto& [bundle, install] : installed_) {
+        prefix += install + "\n";
+    }
     const int before = static_cast<int>(std::count(prefix.begin(), prefix.end(), '\n'));
     std::string text = prefix;
     bool ok = true;
     for (size_t i = 0; i < lines.size(); ++i) {
-        if (HasTime(lines[i]) || lines[i].find('\n') != std::string::npos) {
+        if (HasTime(lines[i])) {
             channel.WriteLine("2 line " + std::to_string(i + 1) + ": a sent line takes no TIME: " + Shown(lines[i]));
             ok = false;
         }
@@ -226,9 +229,7 @@ int ServingDevice::Play(const Scenario& scenario, ControlChannel& channel)
             channel.WriteLine("2 zel_device: the device did not become quiet after " + Shown(line.text));
             return 1;
         }
-        if (std::holds_alternative<Cmd::Install>(line.command) || std::holds_alternative<Cmd::Remove>(line.command)) {
-            packageLines_ += line.text + "\n";
-        }
+        RememberPackages(line);
         for (const TraceEvent& event : trace.EventsSince(from)) {
             const TraceValue* tagged = LineOf(event);
             if (tagged != nullptr && *tagged == TraceValue{int64_t{number}}) {
@@ -237,6 +238,15 @@ int ServingDevice::Play(const Scenario& scenario, ControlChannel& channel)
         }
     }
     return status;
+}
+
+void ServingDevice::RememberPackages(const ScenarioLine& line)
+{
+    if (const auto* install = std::get_if<Cmd::Install>(&line.command)) {
+        installed_[install->package.bundle] = line.text;
+    } else if (const auto* remove = std::get_if<Cmd::Remove>(&line.command)) {
+        installed_.erase(remove->bundle);
+    }
 }
 
 bool ServingDevice::CheckExpect(const Cmd::Expect& expect, ControlChannel& channel)

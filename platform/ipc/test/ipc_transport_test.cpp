@@ -567,7 +567,15 @@ TEST_P(IpcTransportTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads
     };
     sptr<IRemoteObject> first = Transfer(MakeStub(service_, u"test.First", noting("first")), client_);
     sptr<IRemoteObject> second = Transfer(MakeStub(service_, u"test.Second", noting("second")), client_);
-    sptr<IRemoteObject> sync = Transfer(MakeStub(third_, u"test.Sync", noting("sync")), client_);
+    // Takes an object of the sender's while the sender waits with the baton lent.
+    auto sync = Transfer(MakeStub(third_, u"test.Sync",
+                                  [&note](uint32_t, MessageParcel& data, MessageParcel&, auto&) {
+                                      sptr<IRemoteObject> object = data.ReadRemoteObject();
+                                      note(object != nullptr ? "sync with the object" : "sync without");
+                                      return 0;
+                                  }),
+                         client_);
+    auto callback = MakeStub(client_, u"test.Callback");
     {
         ScopedProcess scope(client_);
         Sequencer::Hold hold;
@@ -576,11 +584,16 @@ TEST_P(IpcTransportTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads
             EXPECT_EQ(Call(second, 1, i, nullptr, MessageOption::TF_ASYNC), ERR_NONE);
         }
         // Handed straight over and back, ahead of the one-way work already waiting.
-        EXPECT_EQ(Call(sync, 1, 0), ERR_NONE);
+        MessageParcel data;
+        MessageParcel reply;
+        MessageOption option;
+        ASSERT_TRUE(data.WriteRemoteObject(callback));
+        EXPECT_EQ(sync->SendRequest(1, data, reply, option), ERR_NONE);
         note("replied");
     }
     ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
-    EXPECT_THAT(journal, testing::ElementsAre("sync 0", "replied", "first 1", "first 2", "second 1", "second 2"));
+    EXPECT_THAT(journal,
+                testing::ElementsAre("sync with the object", "replied", "first 1", "first 2", "second 1", "second 2"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Transports, IpcTransportTest, testing::Values(Transport::IN_PROCESS, Transport::SOCKETS),

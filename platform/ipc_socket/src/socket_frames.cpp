@@ -99,8 +99,7 @@ bool SocketTransport::Impl::OnAcquire(const std::shared_ptr<SocketEndpoint>& end
             }
         }
     }
-    PostTo(endpoint,
-           [self = shared_from_this(), from, id = frame.id, granted] { self->AnswerAcquire(from, id, granted); });
+    PostAnswer([self = shared_from_this(), from, id = frame.id, granted] { self->AnswerAcquire(from, id, granted); });
     return true;
 }
 

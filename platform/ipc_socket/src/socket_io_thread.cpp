@@ -132,7 +132,7 @@ bool SocketTransport::Impl::OnFrame(const std::shared_ptr<SocketConnection>& con
             OnFree(connection, frame);
             return true;
         case WireFormat::CONTEXT_LOOKUP:
-            PostTo(endpoint, [self = shared_from_this(), endpoint, connection, id = frame.id] {
+            PostAnswer([self = shared_from_this(), endpoint, connection, id = frame.id] {
                 self->AnswerContextLookup(endpoint, connection, id);
             });
             return true;
@@ -170,6 +170,35 @@ bool SocketTransport::Impl::PostTo(const std::shared_ptr<SocketEndpoint>& endpoi
         return false;
     }
     return turn != Sequencer::kNoTurn ? session->PostTurn(turn, std::move(work)) : session->Post(std::move(work));
+}
+
+void SocketTransport::Impl::PostAnswer(std::function<void()> work)
+{
+    {
+        std::lock_guard<std::mutex> lock(answersMutex_);
+        if (answersStopping_) {
+            return;
+        }
+        answers_.push_back({std::move(work), WorkTracker::Token()});
+    }
+    answersReady_.notify_one();
+}
+
+void SocketTransport::Impl::AnswerLoop()
+{
+    std::unique_lock<std::mutex> lock(answersMutex_);
+    for (;;) {
+        answersReady_.wait(lock, [this] { return answersStopping_ || !answers_.empty(); });
+        if (answers_.empty()) {
+            return;
+        }
+        QueuedAnswer next = std::move(answers_.front());
+        answers_.pop_front();
+        lock.unlock();
+        next.work();
+        next = {};  // what it held goes before the work counts as done
+        lock.lock();
+    }
 }
 
 }  // namespace Tarvo

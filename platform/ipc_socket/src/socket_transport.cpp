@@ -35,6 +35,7 @@ SocketTransport::Impl::~Impl()
 void SocketTransport::Impl::Start()
 {
     ioThread_ = std::thread([self = shared_from_this()] { self->IoLoop(); });
+    answerThread_ = std::thread([self = shared_from_this()] { self->AnswerLoop(); });
     std::weak_ptr<Impl> weak = shared_from_this();
     VirtualProcess::AddKillObserver([weak](VirtualProcess& killed) {
         if (std::shared_ptr<Impl> self = weak.lock()) {
@@ -49,6 +50,14 @@ void SocketTransport::Impl::Stop()
     [[maybe_unused]] ssize_t written = write(wakeFd_, &one, sizeof(one));
     if (ioThread_.joinable()) {
         ioThread_.join();
+    }
+    {
+        std::lock_guard<std::mutex> lock(answersMutex_);
+        answersStopping_ = true;
+    }
+    answersReady_.notify_all();
+    if (answerThread_.joinable()) {
+        answerThread_.join();
     }
     std::vector<std::shared_ptr<SocketEndpoint>> endpoints;
     {

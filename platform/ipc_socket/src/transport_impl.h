@@ -210,6 +210,11 @@ public:
     bool OnAnswer(const std::shared_ptr<SocketConnection>& from, WireFormat::Frame& frame);
     void OnFree(const std::shared_ptr<SocketConnection>& from, const WireFormat::Frame& frame);
     // Under mutex_.
+    // Answers that run none of a process's code (acquire results, context lookups) go out on a
+    // thread of the transport's own: in virtual time they must not wait for a turn, since whoever
+    // asked may hold the baton while it waits for them.
+    void PostAnswer(std::function<void()> work);
+    void AnswerLoop();
     // With a turn the frame carried (virtual time), the work runs in that turn.
     bool PostTo(const std::shared_ptr<SocketEndpoint>& endpoint, std::function<void()> work,
                 Sequencer::Turn turn = Sequencer::kNoTurn);
@@ -264,6 +269,15 @@ public:
     int epollFd_ = -1;
     int wakeFd_ = -1;
     std::thread ioThread_;
+    struct QueuedAnswer {
+        std::function<void()> work;
+        std::optional<WorkTracker::Token> pending;
+    };
+    std::mutex answersMutex_;
+    std::condition_variable answersReady_;
+    std::deque<QueuedAnswer> answers_;
+    bool answersStopping_ = false;
+    std::thread answerThread_;
 };
 
 }  // namespace Tarvo

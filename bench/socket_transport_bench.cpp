@@ -131,6 +131,13 @@ private:
             return;
         }
         runDir_ = pattern;
+        // The echo process is stopped at exit (the launcher); its run folder goes after it.
+        static std::string removed;
+        removed = runDir_;
+        std::atexit([] {
+            std::error_code ignored;
+            std::filesystem::remove_all(removed, ignored);
+        });
         std::filesystem::create_directories(runDir_ + "/sock");
         std::filesystem::create_directories(runDir_ + "/registry");
         if (!Start()) {

@@ -159,13 +159,13 @@ bool EchoPeer::Start()
     if (!registry.Register(getpid(), {Native(getpid(), "bench")}, &error) || pipe2(ready, O_CLOEXEC) != 0) {
         return false;
     }
-    Emu::LaunchSpec spec;
-    spec.path = "/proc/self/exe";
-    spec.argv = {"zel_bench_socket"};
-    spec.env = {std::string(kEchoVariable) + "=" + runDir_};
-    spec.fds = {{STDOUT_FILENO, ready[1]}, {STDERR_FILENO, STDERR_FILENO}};
-    spec.registerChild = [&](pid_t child) { return registry.Register(child, {Native(child, "echo")}, &error); };
-    child_ = Emu::ProcessLauncher::Start(spec, &error);
+    Emu::LaunchPlan plan;
+    plan.path = "/proc/self/exe";
+    plan.argv = {"zel_bench_socket"};
+    plan.env = {std::string(kEchoVariable) + "=" + runDir_};
+    plan.fds = {{STDOUT_FILENO, ready[1]}, {STDERR_FILENO, STDERR_FILENO}};
+    plan.registerChild = [&](pid_t child) { return registry.Register(child, {Native(child, "echo")}, &error); };
+    child_ = Emu::ProcessLauncher::Start(plan, &error);
     close(ready[1]);
     char line[8] = {};
     const bool started = child_ != nullptr && read(ready[0], line, sizeof(line)) > 0 && Attach(runDir_);

@@ -127,22 +127,22 @@ bool ProcessDevice::Fail(std::string* error, const std::string& reason) const
 bool ProcessDevice::StartChild(const std::string& name, const std::string& role, const std::string& arg,
                                const ProcessIdentity& identity, std::string* error)
 {
-    LaunchSpec spec;
-    spec.path = executable_;
-    spec.argv = {executable_, "process", role};
+    LaunchPlan plan;
+    plan.path = executable_;
+    plan.argv = {executable_, "process", role};
     if (!arg.empty()) {
-        spec.argv.push_back(arg);
+        plan.argv.push_back(arg);
     }
-    spec.argv.insert(spec.argv.end(), {"--dir", runPath_, "--data", data_.Path()});
+    plan.argv.insert(plan.argv.end(), {"--dir", runPath_, "--data", data_.Path()});
     if (setup_.device.log) {
-        spec.argv.push_back("--log");
+        plan.argv.push_back("--log");
     }
-    spec.fds = {{STDOUT_FILENO, STDOUT_FILENO}, {STDERR_FILENO, STDERR_FILENO}};
+    plan.fds = {{STDOUT_FILENO, STDOUT_FILENO}, {STDERR_FILENO, STDERR_FILENO}};
     std::string refused;
-    spec.registerChild = [this, &identity, &refused](pid_t realPid) {
+    plan.registerChild = [this, &identity, &refused](pid_t realPid) {
         return registry_->Register(realPid, {identity}, &refused);
     };
-    Child child{name, identity.pid, ProcessLauncher::Start(spec, error), nullptr};
+    Child child{name, identity.pid, ProcessLauncher::Start(plan, error), nullptr};
     if (child.process == nullptr) {
         return Fail(error, refused.empty() ? *error : refused);
     }
@@ -156,8 +156,10 @@ bool ProcessDevice::StartChild(const std::string& name, const std::string& role,
 void ProcessDevice::OnAttach(const sptr<IRemoteObject>& agent)
 {
     const int32_t pid = IPCSkeleton::GetCallingPid();
+    // A proxy replaced here goes after the lock: its release is a message to its process.
+    sptr<IRemoteObject> replaced = agent;
     std::lock_guard<std::mutex> lock(attachMutex_);
-    agents_[pid] = agent;
+    std::swap(agents_[pid], replaced);
     attached_.notify_all();
 }
 

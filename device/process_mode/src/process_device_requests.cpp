@@ -89,8 +89,10 @@ bool ProcessDevice::SendRaw(int line, const RawRequest& request, std::string* er
     if (callback == callbacks_.end()) {
         return Fail(error, NoCallback(request));
     }
-    // A callback whose process died has only a dead proxy left, which cannot travel.
-    const bool alive = callback->second.object != nullptr && !callback->second.object->IsObjectDead();
+    // A callback whose process died has only a dead proxy left, which cannot travel. A process this
+    // device killed is dead already, whether or not the transport has seen its connections close.
+    const bool alive = callback->second.object != nullptr && !callback->second.object->IsObjectDead() &&
+                       Find(callback->second.owner) != nullptr;
     return Deliver(*sender, RawOrder(line, request), alive ? callback->second.object : nullptr,
                    alive ? callback->second.owner : "", error);
 }

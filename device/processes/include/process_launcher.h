@@ -28,7 +28,7 @@ struct ExitStatus {
     bool operator==(const ExitStatus&) const = default;
 };
 
-struct LaunchSpec {
+struct LaunchPlan {
     // Highest file descriptor a child can be given (see fds).
     static constexpr int kMaxChildFd = 9;
 
@@ -79,7 +79,7 @@ class ProcessLauncher {
 public:
     // The child, or null with "cannot start PATH: reason" (the program could not be executed, the
     // registration refused it, or the system refused a process).
-    static std::unique_ptr<ChildProcess> Start(const LaunchSpec& spec, std::string* error);
+    static std::unique_ptr<ChildProcess> Start(const LaunchPlan& plan, std::string* error);
     // Stops every child still running (SIGTERM, then SIGKILL after the grace) and reaps it. Runs at
     // exit; a process leaving otherwise (a signal's handler calling _exit) should call it first.
     static void StopAll();
@@ -88,7 +88,7 @@ public:
 
 private:
     // Registers the forked child and lets it go on; false (child reaped) when it did not start.
-    static bool Release(ChildProcess& child, const LaunchSpec& spec, int goFd, int reportFd, std::string* error);
+    static bool Release(ChildProcess& child, const LaunchPlan& plan, int goFd, int reportFd, std::string* error);
 };
 
 }  // namespace Tarvo::Emu

@@ -49,17 +49,17 @@ std::string KeyOf(const std::string& entry)
     return entry.substr(0, entry.find('='));
 }
 
-bool CheckSpec(const LaunchSpec& spec, std::string* reason)
+bool CheckPlan(const LaunchPlan& plan, std::string* reason)
 {
-    for (const std::string& entry : spec.env) {
+    for (const std::string& entry : plan.env) {
         if (entry.find('=') == std::string::npos || entry[0] == '=') {
             *reason = "bad environment entry \"" + entry + "\"";
             return false;
         }
     }
     std::set<int> targets;
-    for (const auto& [childFd, parentFd] : spec.fds) {
-        if (childFd < 0 || childFd > LaunchSpec::kMaxChildFd || parentFd < 0 || !targets.insert(childFd).second) {
+    for (const auto& [childFd, parentFd] : plan.fds) {
+        if (childFd < 0 || childFd > LaunchPlan::kMaxChildFd || parentFd < 0 || !targets.insert(childFd).second) {
             *reason = "bad descriptor " + std::to_string(childFd) + " <- " + std::to_string(parentFd);
             return false;
         }
@@ -67,12 +67,12 @@ bool CheckSpec(const LaunchSpec& spec, std::string* reason)
     return true;
 }
 
-void BuildImage(const LaunchSpec& spec, ExecImage* image)
+void BuildImage(const LaunchPlan& plan, ExecImage* image)
 {
-    image->path = spec.path;
-    image->argStore = spec.argv.empty() ? std::vector<std::string>{spec.path} : spec.argv;
+    image->path = plan.path;
+    image->argStore = plan.argv.empty() ? std::vector<std::string>{plan.path} : plan.argv;
     std::set<std::string> replaced;
-    for (const std::string& entry : spec.env) {
+    for (const std::string& entry : plan.env) {
         replaced.insert(KeyOf(entry));
     }
     for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
@@ -80,7 +80,7 @@ void BuildImage(const LaunchSpec& spec, ExecImage* image)
             image->envStore.emplace_back(*entry);
         }
     }
-    image->envStore.insert(image->envStore.end(), spec.env.begin(), spec.env.end());
+    image->envStore.insert(image->envStore.end(), plan.env.begin(), plan.env.end());
     for (std::string& arg : image->argStore) {
         image->argv.push_back(arg.data());
     }
@@ -89,8 +89,8 @@ void BuildImage(const LaunchSpec& spec, ExecImage* image)
         image->envp.push_back(entry.data());
     }
     image->envp.push_back(nullptr);
-    image->fds = spec.fds;
-    image->moved.resize(spec.fds.size());
+    image->fds = plan.fds;
+    image->moved.resize(plan.fds.size());
 }
 
 [[noreturn]] void FailChild(int reportFd)
@@ -117,7 +117,7 @@ void BuildImage(const LaunchSpec& spec, ExecImage* image)
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
     // Everything above the given descriptors moves out of their way and closes at exec.
-    const int low = LaunchSpec::kMaxChildFd + 1;
+    const int low = LaunchPlan::kMaxChildFd + 1;
     const int moved = reportFd >= low ? reportFd : fcntl(reportFd, F_DUPFD_CLOEXEC, low);
     const int report = moved >= 0 ? moved : reportFd;
     for (size_t i = 0; i < image.fds.size(); ++i) {
@@ -263,18 +263,18 @@ void ClosePair(int fds[2])
 }
 }  // namespace
 
-std::unique_ptr<ChildProcess> ProcessLauncher::Start(const LaunchSpec& spec, std::string* error)
+std::unique_ptr<ChildProcess> ProcessLauncher::Start(const LaunchPlan& plan, std::string* error)
 {
     static std::once_flag atExit;
     std::call_once(atExit, [] { atexit(StopAll); });
-    const std::string prefix = "cannot start " + spec.path + ": ";
+    const std::string prefix = "cannot start " + plan.path + ": ";
     std::string reason;
-    if (!CheckSpec(spec, &reason)) {
+    if (!CheckPlan(plan, &reason)) {
         *error = prefix + reason;
         return nullptr;
     }
     ExecImage image;
-    BuildImage(spec, &image);
+    BuildImage(plan, &image);
     int go[2] = {-1, -1};
     int report[2] = {-1, -1};
     // A socket for the go-ahead: sending to a child killed meanwhile must not raise SIGPIPE here.
@@ -299,16 +299,16 @@ std::unique_ptr<ChildProcess> ProcessLauncher::Start(const LaunchSpec& spec, std
         return nullptr;
     }
     std::unique_ptr<ChildProcess> child(new ChildProcess(pid, OpenPidFd(pid)));
-    if (!Release(*child, spec, go[1], report[0], error)) {
+    if (!Release(*child, plan, go[1], report[0], error)) {
         return nullptr;
     }
     return child;
 }
 
-bool ProcessLauncher::Release(ChildProcess& child, const LaunchSpec& spec, int goFd, int reportFd, std::string* error)
+bool ProcessLauncher::Release(ChildProcess& child, const LaunchPlan& plan, int goFd, int reportFd, std::string* error)
 {
-    const std::string prefix = "cannot start " + spec.path + ": ";
-    if (spec.registerChild && !spec.registerChild(child.Pid())) {
+    const std::string prefix = "cannot start " + plan.path + ": ";
+    if (plan.registerChild && !plan.registerChild(child.Pid())) {
         close(goFd);
         close(reportFd);
         child.Kill(SIGKILL);

@@ -48,26 +48,26 @@ std::string PipeName(int fd)
     return "pipe:[" + std::to_string(st.st_ino) + "]";
 }
 
-LaunchSpec Shell(const std::string& script, std::vector<std::pair<int, int>> fds = {})
+LaunchPlan Shell(const std::string& script, std::vector<std::pair<int, int>> fds = {})
 {
-    return LaunchSpec{"/bin/sh", {"sh", "-c", script}, {}, std::move(fds), nullptr};
+    return LaunchPlan{"/bin/sh", {"sh", "-c", script}, {}, std::move(fds), nullptr};
 }
 
-LaunchSpec Program(const std::string& path)
+LaunchPlan Program(const std::string& path)
 {
-    return LaunchSpec{path, {}, {}, {}, nullptr};
+    return LaunchPlan{path, {}, {}, {}, nullptr};
 }
 
 // Ignores SIGTERM, says so on fd 3, then waits on its stdin.
-LaunchSpec Stubborn(Pipe& input, Pipe& ready)
+LaunchPlan Stubborn(Pipe& input, Pipe& ready)
 {
     return Shell("trap '' TERM; echo ready >&3; read line", {{0, input.Out()}, {3, ready.In()}});
 }
 
-std::unique_ptr<ChildProcess> StartOrFail(const LaunchSpec& spec)
+std::unique_ptr<ChildProcess> StartOrFail(const LaunchPlan& plan)
 {
     std::string error;
-    auto child = ProcessLauncher::Start(spec, &error);
+    auto child = ProcessLauncher::Start(plan, &error);
     EXPECT_NE(child, nullptr) << error;
     return child;
 }
@@ -75,13 +75,13 @@ std::unique_ptr<ChildProcess> StartOrFail(const LaunchSpec& spec)
 TEST(ProcessLauncherTest, ChildIsRegisteredBeforeItRunsAnything)
 {
     const std::string file = fs::temp_directory_path().string() + "/launcher_registered_" + std::to_string(getpid());
-    LaunchSpec spec = Shell("test \"$(cat " + file + ")\" = \"$$\"");
+    LaunchPlan plan = Shell("test \"$(cat " + file + ")\" = \"$$\"");
     pid_t registered = 0;
-    spec.registerChild = [&](pid_t pid) {
+    plan.registerChild = [&](pid_t pid) {
         std::ofstream(file) << (registered = pid);
         return true;
     };
-    auto child = StartOrFail(spec);
+    auto child = StartOrFail(plan);
     ASSERT_NE(child, nullptr);
     EXPECT_EQ(child->Wait(), kSuccess);
     EXPECT_EQ(registered, child->Pid());
@@ -129,17 +129,17 @@ TEST(ProcessLauncherTest, ChildThatCannotStartIsReportedAndReaped)
     std::ofstream(plain) << "not a program";
     chmod(plain.c_str(), 0600);
     Pipe output;
-    LaunchSpec refused = Shell("echo ran >&3", {{3, output.In()}});
+    LaunchPlan refused = Shell("echo ran >&3", {{3, output.In()}});
     refused.registerChild = [](pid_t) { return false; };
-    LaunchSpec diedFirst = Shell("");
+    LaunchPlan diedFirst = Shell("");
     diedFirst.registerChild = [](pid_t pid) {
         siginfo_t info{};
         return kill(pid, SIGKILL) == 0 && waitid(P_PID, pid, &info, WEXITED | WNOWAIT) == 0;
     };
-    LaunchSpec badEnvironment = Shell("");
+    LaunchPlan badEnvironment = Shell("");
     badEnvironment.env = {"=x"};
     const struct {
-        LaunchSpec spec;
+        LaunchPlan plan;
         std::string error;
     } cases[] = {
         {Program("/nonexistent/zel_program"), "cannot start /nonexistent/zel_program: No such file or directory"},
@@ -152,7 +152,7 @@ TEST(ProcessLauncherTest, ChildThatCannotStartIsReportedAndReaped)
     };
     for (const auto& c : cases) {
         std::string error;
-        EXPECT_EQ(ProcessLauncher::Start(c.spec, &error), nullptr);
+        EXPECT_EQ(ProcessLauncher::Start(c.plan, &error), nullptr);
         EXPECT_EQ(error, c.error);
     }
     fs::remove(plain);
@@ -167,13 +167,13 @@ TEST(ProcessLauncherTest, ChildGetsItsArgumentsEnvironmentAndOnlyTheGivenDescrip
     Pipe output;
     Pipe stray;  // inheritable in the parent, but not given
     fcntl(stray.In(), F_SETFD, 0);
-    LaunchSpec spec = Shell(
+    LaunchPlan plan = Shell(
         "echo \"$0 $ZEL_LAUNCH_A $ZEL_LAUNCH_B\" >&3; for f in /proc/$$/fd/*; do readlink $f; done >&3 2>/dev/null; "
         "exit 0",
         {{3, output.In()}});
-    spec.argv.push_back("name0");
-    spec.env = {"ZEL_LAUNCH_A=new", "ZEL_LAUNCH_B=b"};
-    auto child = StartOrFail(spec);
+    plan.argv.push_back("name0");
+    plan.env = {"ZEL_LAUNCH_A=new", "ZEL_LAUNCH_B=b"};
+    auto child = StartOrFail(plan);
     ASSERT_NE(child, nullptr);
     output.CloseIn();
     const std::string seen = output.Read();
@@ -206,11 +206,11 @@ TEST(ProcessLauncherTest, ChildrenStillRunningAreStoppedWhenTheParentExits)
     ASSERT_GE(parent, 0);
     if (parent == 0) {
         ProcessLauncher::SetStopGrace(std::chrono::milliseconds(20));
-        LaunchSpec spec = Stubborn(input, ready);
-        spec.fds.push_back({4, alive.In()});
+        LaunchPlan plan = Stubborn(input, ready);
+        plan.fds.push_back({4, alive.In()});
         std::string error;
         // Out of reach of any destructor: only the exit handling can stop it.
-        static ChildProcess* running = ProcessLauncher::Start(spec, &error).release();
+        static ChildProcess* running = ProcessLauncher::Start(plan, &error).release();
         if (running == nullptr || ready.Read('\n') != "ready") {
             _exit(2);
         }

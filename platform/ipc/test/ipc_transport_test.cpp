@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
-#include <filesystem>
 #include <future>
 #include <mutex>
 #include <string>
@@ -18,7 +17,7 @@
 #include "ipc_transport.h"
 #include "ipc_types.h"
 #include "sequencer.h"
-#include "socket_transport.h"
+#include "socket_test_support.h"
 #include "work_tracker.h"
 
 namespace Tarvo {
@@ -87,11 +86,8 @@ protected:
     void SetUp() override
     {
         if (GetParam() == Transport::SOCKETS) {
-            char pattern[] = "/tmp/zel_ipc_test.XXXXXX";
-            ASSERT_NE(mkdtemp(pattern), nullptr);
-            runDir_ = pattern;
             // Once per process: a process running several tests keeps the transport it began with.
-            if (!IPCTransport::Install(new SocketTransport({runDir_}))) {
+            if (&SocketTest::Transport() != &IPCTransport::Get()) {
                 GTEST_SKIP() << "another transport is in use in this process";
             }
         } else if (dynamic_cast<SocketTransport*>(&IPCTransport::Get()) != nullptr) {
@@ -102,14 +98,7 @@ protected:
     {
         IPCTransport::Get().SetTransactionObserver(nullptr);
         EXPECT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
-        if (!runDir_.empty()) {
-            std::error_code ignored;
-            std::filesystem::remove_all(runDir_, ignored);
-        }
     }
-    bool OverSockets() const { return GetParam() == Transport::SOCKETS; }
-
-    std::string runDir_;
 
     std::shared_ptr<VirtualProcess> service_ = MakeProcess(200, "service");
     std::shared_ptr<VirtualProcess> client_ = MakeProcess(300, "client");

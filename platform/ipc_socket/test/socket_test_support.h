@@ -5,18 +5,26 @@
 
 #include <stdlib.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "socket_transport.h"
 
 namespace Tarvo::SocketTest {
 
-// Short, so that socket paths stay within the address limit.
+// Short, so that socket paths stay within the address limit; removed when the process ends.
 inline const std::string& RunDir()
 {
     static const std::string dir = [] {
         char pattern[] = "/tmp/zs-XXXXXX";
         const char* made = mkdtemp(pattern);
+        if (made != nullptr) {
+            std::atexit([] {
+                std::error_code ignored;
+                std::filesystem::remove_all(RunDir(), ignored);
+            });
+        }
         return std::string(made != nullptr ? made : "/tmp");
     }();
     return dir;

@@ -53,7 +53,7 @@ void SocketTransport::Impl::CloseConnection(const std::shared_ptr<SocketConnecti
                 endpoint->peers.erase(chosen);
             }
         }
-        if (connection->inProcess) {
+        if (connection->inProcess && !connection->callChannel) {
             // What was written to it and not read will never be handled.
             std::shared_ptr<SocketEndpoint> own = connection->endpoint.lock();
             const int32_t ownPid = own != nullptr ? own->identity.pid : 0;
@@ -103,6 +103,12 @@ void SocketTransport::Impl::CloseEndpoint(const std::shared_ptr<SocketEndpoint>&
             unlink((options_.runDir + "/sock/" + std::to_string(endpoint->identity.pid)).c_str());
             close(endpoint->listenFd);
             endpoint->listenFd = -1;
+        }
+        if (endpoint->callsFd >= 0) {
+            Unwatch(endpoint->callsWatch, endpoint->callsFd);
+            unlink(CallsPath(endpoint->identity.pid).c_str());
+            close(endpoint->callsFd);
+            endpoint->callsFd = -1;
         }
         for (auto binding = named_.begin(); binding != named_.end();) {
             if (binding->second.endpoint.lock() != endpoint) {

@@ -4,6 +4,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -50,14 +51,14 @@ void SetReceiveTimeout(int fd, int seconds)
 }
 }  // namespace
 
-int ListenAt(const std::string& path)
+int ListenAt(const std::string& path, int type)
 {
     sockaddr_un address;
     if (!MakeAddress(path, address)) {
         HiviewDFX::HiLog::Error(kLabel, "socket path too long: %{public}s", path.c_str());
         return -1;
     }
-    int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    int fd = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
     if (fd < 0) {
         return -1;
     }
@@ -71,13 +72,18 @@ int ListenAt(const std::string& path)
     return fd;
 }
 
-int ConnectTo(const std::string& path)
+int ListenAt(const std::string& path)
+{
+    return ListenAt(path, SOCK_STREAM);
+}
+
+int ConnectTo(const std::string& path, int type)
 {
     sockaddr_un address;
     if (!MakeAddress(path, address)) {
         return -1;
     }
-    int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    int fd = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
     if (fd < 0) {
         return -1;
     }
@@ -90,6 +96,11 @@ int ConnectTo(const std::string& path)
         return -1;
     }
     return fd;
+}
+
+int ConnectTo(const std::string& path)
+{
+    return ConnectTo(path, SOCK_STREAM);
 }
 
 bool PeerCredentials(int fd, pid_t& pid, uid_t& uid)
@@ -148,6 +159,10 @@ std::shared_ptr<SocketEndpoint> SocketTransport::Impl::OpenEndpoint(const std::s
         return nullptr;
     }
     endpoint->listenWatch = Watch(endpoint->listenFd, endpoint, nullptr);
+    endpoint->callsFd = ListenAt(CallsPath(endpoint->identity.pid), SOCK_SEQPACKET);
+    if (endpoint->callsFd >= 0) {
+        endpoint->callsWatch = Watch(endpoint->callsFd, endpoint, nullptr);
+    }
     endpoints_.emplace(session.get(), endpoint);
     return endpoint;
 }
@@ -196,15 +211,19 @@ std::shared_ptr<SocketConnection> SocketTransport::Impl::ConnectionTo(const std:
 
 // Says who we are, then learns who answers before anyone else reads the connection.
 std::shared_ptr<SocketConnection> SocketTransport::Impl::Connect(const std::shared_ptr<SocketEndpoint>& endpoint,
-                                                                 const std::string& path, int32_t expectedPid)
+                                                                 const std::string& path, int32_t expectedPid,
+                                                                 bool callChannel)
 {
-    int fd = ConnectTo(path);
+    int fd = ConnectTo(path, callChannel ? SOCK_SEQPACKET : SOCK_STREAM);
     if (fd < 0) {
         return nullptr;
     }
     auto connection = std::make_shared<SocketConnection>(fd);
+    connection->callChannel = callChannel;
+    connection->packets = callChannel;
     WireFormat::Frame hello;
     hello.type = WireFormat::HELLO;
+    hello.flags = callChannel ? WireFormat::FLAG_CALLS : 0;
     hello.target = static_cast<uint32_t>(endpoint->identity.pid);
     std::vector<uint8_t> bytes = WireFormat::Encode(hello);
     uint8_t header[WireFormat::kHeaderSize];
@@ -246,6 +265,10 @@ std::shared_ptr<SocketConnection> SocketTransport::Impl::Establish(const std::sh
     connection->peerPid = peer.pid;
     connection->inProcess = verified && connection->peerRealPid == getpid();
     connection->established = true;
+    if (connection->callChannel) {
+        endpoint->connections.insert(connection);
+        return connection;
+    }
     if (connection->watchId == 0) {
         endpoint->connections.insert(connection);
         connection->watchId = Watch(connection->fd, endpoint, connection);
@@ -267,8 +290,9 @@ bool SocketTransport::Impl::Send(const std::shared_ptr<SocketConnection>& connec
     {
         std::lock_guard<std::mutex> lock(connection->writeMutex);
         size_t done = 0;
+        const size_t most = connection->packets ? kPacketSize : bytes.size();
         while (done < bytes.size()) {
-            ssize_t put = send(connection->fd, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
+            ssize_t put = send(connection->fd, bytes.data() + done, std::min(most, bytes.size() - done), MSG_NOSIGNAL);
             if (put < 0 && errno == EINTR) {
                 continue;
             }

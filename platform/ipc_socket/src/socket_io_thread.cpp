@@ -55,9 +55,13 @@ void SocketTransport::Impl::Accept(const std::shared_ptr<SocketEndpoint>& endpoi
     }
     auto connection = std::make_shared<SocketConnection>(fd);
     uid_t uid = 0;
-    if (!PeerCredentials(fd, connection->peerRealPid, uid)) {
+    int type = 0;
+    socklen_t length = sizeof(type);
+    if (!PeerCredentials(fd, connection->peerRealPid, uid) ||
+        getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &length) != 0) {
         return;
     }
+    connection->packets = type == SOCK_SEQPACKET;
     connection->peer.uid = static_cast<int32_t>(uid);
     connection->peerPid = connection->peerRealPid;
     connection->endpoint = endpoint;
@@ -151,13 +155,24 @@ bool SocketTransport::Impl::OnHello(const std::shared_ptr<SocketConnection>& con
     bool verified = false;
     ProcessIdentity peer = IdentityOf(connection->peerRealPid, static_cast<uid_t>(connection->peer.uid),
                                       static_cast<int32_t>(frame.target), &verified);
+    connection->callChannel = (frame.flags & WireFormat::FLAG_CALLS) != 0;
+    // Call channels are opened at the packet socket, and only they.
+    if (connection->callChannel != connection->packets) {
+        Drop(connection, "hello of the wrong kind for its socket");
+        return false;
+    }
     if (Establish(endpoint, connection, peer, verified) == nullptr) {
+        return false;
+    }
+    // A call channel is served by a thread of its own from here on; one refused is closed before
+    // the answer, so that its caller goes over the shared connection instead.
+    if (connection->callChannel && !StartServing(endpoint, connection)) {
         return false;
     }
     WireFormat::Frame hello;
     hello.type = WireFormat::HELLO;
     hello.target = static_cast<uint32_t>(endpoint->identity.pid);
-    return Send(connection, hello);
+    return Send(connection, hello) && !connection->callChannel;
 }
 
 // Work the I/O thread hands to the endpoint's session; false if the session takes no more.

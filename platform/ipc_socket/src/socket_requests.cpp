@@ -48,8 +48,13 @@ int SocketTransport::Impl::TransactHandle(uint64_t handle, uint32_t code, Messag
     if (!ToEntries(holder, data, request.objects, holds)) {
         return ERR_INVALID_VALUE;
     }
-    KeepUntilFreed(connection, false, request.id, std::move(holds));
-    return oneWay ? SendOneWay(holder, connection, request) : SendSync(holder, connection, request, option, reply);
+    if (oneWay) {
+        KeepUntilFreed(connection, false, request.id, std::move(holds));
+        return SendOneWay(holder, connection, request);
+    }
+    std::shared_ptr<SocketConnection> channel = ChannelFor(holder, connection);
+    KeepUntilFreed(channel, false, request.id, std::move(holds));
+    return SendSync(holder, channel, request, option, reply);
 }
 
 int SocketTransport::Impl::SendSync(const std::shared_ptr<SocketEndpoint>& holder,
@@ -65,7 +70,8 @@ int SocketTransport::Impl::SendSync(const std::shared_ptr<SocketEndpoint>& holde
         Sequencer::Finish();
     }
     WireFormat::Frame answer;
-    int status = Call(connection, request, WaitSecondsOf(option), &answer);
+    int status = connection->callChannel ? CallOnChannel(holder, connection, request, WaitSecondsOf(option), &answer)
+                                         : Call(connection, request, WaitSecondsOf(option), &answer);
     if (baton) {
         Sequencer::Take(status == ERR_NONE && answer.turn != 0 ? answer.turn : Sequencer::ReserveFirst());
     }

@@ -37,6 +37,9 @@ namespace Tarvo {
 
 struct SocketEndpoint;
 
+// The largest packet a call channel carries; a longer frame goes in several.
+constexpr size_t kPacketSize = 64 * 1024;
+
 struct SocketConnection {
     explicit SocketConnection(int fd) : fd(fd) {}
     ~SocketConnection();
@@ -55,8 +58,22 @@ struct SocketConnection {
     bool inProcess = false;
     bool established = false;
     std::atomic<bool> closed{false};
+    // A call channel carries the synchronous calls of one thread of the connecting side only; it
+    // is never a peer's shared connection and the I/O thread does not read it: the caller reads
+    // its replies itself, and a thread of the accepting side serves it.
+    bool callChannel = false;
+    // A SEQPACKET socket (call channels): frames go in packets of at most kPacketSize bytes.
+    bool packets = false;
+    // A shared connection alongside which no call channel could be opened: calls go over it.
+    std::atomic<bool> noChannel{false};
     std::mutex writeMutex;
-    WireFormat::FrameReader reader;  // I/O thread only
+    WireFormat::FrameReader reader;  // I/O thread only, or a call channel's reading thread
+    struct Inbox {
+        std::vector<uint8_t> bytes;  // read past the last frame
+        size_t start = 0;
+        int timeoutMs = 0;  // the receive time-out set on the socket; 0 waits for ever
+    };
+    Inbox inbox;  // call channels
     // Objects of frames sent on this connection, kept until the peer frees the frame.
     std::map<std::pair<bool, uint64_t>, std::vector<sptr<IRemoteObject>>> pendingFree;
 };
@@ -91,6 +108,9 @@ struct SocketEndpoint {
     ProcessIdentity identity;
     int listenFd = -1;
     uint64_t listenWatch = 0;
+    // Where call channels are opened: RUNDIR/sock/<emulated pid>.calls, a SEQPACKET socket.
+    int callsFd = -1;
+    uint64_t callsWatch = 0;
     bool closed = false;
     std::set<std::shared_ptr<SocketConnection>> connections;
     // The connection requests to a peer go on: the first one established.
@@ -131,7 +151,7 @@ public:
     std::shared_ptr<SocketEndpoint> LocalEndpoint(int32_t pid);
     std::shared_ptr<SocketConnection> ConnectionTo(const std::shared_ptr<SocketEndpoint>& endpoint, int32_t pid);
     std::shared_ptr<SocketConnection> Connect(const std::shared_ptr<SocketEndpoint>& endpoint, const std::string& path,
-                                              int32_t expectedPid);
+                                              int32_t expectedPid, bool callChannel = false);
     std::shared_ptr<SocketConnection> Establish(const std::shared_ptr<SocketEndpoint>& endpoint,
                                                 const std::shared_ptr<SocketConnection>& connection,
                                                 const ProcessIdentity& peer, bool verified);
@@ -196,6 +216,27 @@ public:
     // The bound object's cookie, 0 when the name is not bound in this process.
     uint64_t BoundCookie(const std::string& name);
 
+    // Call channels (socket_channels.cpp).
+    std::string CallsPath(int32_t pid) const;
+    enum class ChannelRead { FRAME, TIMED_OUT, CLOSED };
+    // The calling thread's channel to the peer of `shared`, opened on first use; `shared` itself
+    // when none can be had.
+    std::shared_ptr<SocketConnection> ChannelFor(const std::shared_ptr<SocketEndpoint>& holder,
+                                                 const std::shared_ptr<SocketConnection>& shared);
+    int CallOnChannel(const std::shared_ptr<SocketEndpoint>& holder, const std::shared_ptr<SocketConnection>& channel,
+                      const WireFormat::Frame& request, int waitSeconds, WireFormat::Frame* answer);
+    ChannelRead ReadChannel(const std::shared_ptr<SocketConnection>& channel, WireFormat::Frame& frame, int timeoutMs);
+    // A frame other than the awaited reply; false once the channel is dropped.
+    bool OnChannelFrame(const std::shared_ptr<SocketEndpoint>& endpoint,
+                        const std::shared_ptr<SocketConnection>& channel, WireFormat::Frame& frame);
+    bool ServeOnChannel(const std::shared_ptr<SocketEndpoint>& endpoint,
+                        const std::shared_ptr<SocketConnection>& channel, WireFormat::Frame& frame);
+    // From the I/O thread once the hello is through: a thread of this process serves the channel.
+    bool StartServing(const std::shared_ptr<SocketEndpoint>& endpoint,
+                      const std::shared_ptr<SocketConnection>& channel);
+    void ServeChannel(const std::shared_ptr<SocketEndpoint>& endpoint,
+                      const std::shared_ptr<SocketConnection>& channel);
+
     // The I/O thread (socket_io_thread.cpp).
     void IoLoop();
     void Accept(const std::shared_ptr<SocketEndpoint>& endpoint, int listenFd, const std::string& via);
@@ -259,6 +300,7 @@ public:
     // written until the receiver queues them: by (sender pid, frame id).
     std::map<std::pair<int32_t, uint64_t>, WorkTracker::Token> handedOver_;
     std::map<std::string, NamedBinding> named_;
+    size_t servingChannels_ = 0;  // under mutex_
     std::atomic<uint64_t> oneWaySent_{0};
     std::atomic<uint64_t> oneWayReceived_{0};
     uint64_t nextCookie_ = 1;

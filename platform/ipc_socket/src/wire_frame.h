@@ -39,6 +39,7 @@ enum FrameFlags : uint16_t {
     FLAG_STRONG = 1,    // ACQUIRE, RELEASE
     FLAG_WEAK = 2,      // ACQUIRE, RELEASE
     FLAG_OF_REPLY = 1,  // FREE: the frame freed is a reply
+    FLAG_CALLS = 1,     // HELLO: a call channel, for the synchronous calls of one thread
 };
 
 struct ObjectEntry {

@@ -90,8 +90,13 @@ int RunRole(const std::string& role)
         }
         return 0;
     }
-    if (role == "give") {
-        sptr<FunctionStub> callback = MakeStub(self, u"test.ChildCallback");
+    if (role == "give" || role == "perish") {
+        // The perishing child's callback dies in the middle of the first request it gets.
+        FunctionStub::Handler handler = nullptr;
+        if (role == "perish") {
+            handler = [](uint32_t, MessageParcel&, MessageParcel&, MessageOption&) -> int { _exit(0); };
+        }
+        sptr<FunctionStub> callback = MakeStub(self, u"test.ChildCallback", handler);
         MessageParcel data;
         MessageParcel reply;
         MessageOption option;
@@ -316,6 +321,22 @@ TEST_F(SocketMultiProcessTest, KilledChildsObjectsDieAtOnceInTheHolder)
     ASSERT_NE(given_, nullptr);
     EXPECT_TRUE(given_->IsObjectDead());
     EXPECT_EQ(Call(given_, PING_TRANSACTION, 0), ERR_DEAD_OBJECT);
+}
+
+TEST_F(SocketMultiProcessTest, CallerOfAChildThatDiesMidCallIsWokenByTheDeath)
+{
+    pid_t child = Spawn("perish", 6051, {ChildIdentity(6051)});
+    ASSERT_TRUE(handed_.WaitTotal(1));
+    ASSERT_NE(given_, nullptr);
+    {
+        // A wait far longer than the test's: only the death can end it in time.
+        ScopedProcess scope(service_);
+        EXPECT_EQ(Call(given_, 1, 0, nullptr, MessageOption::TF_SYNC, 600), ERR_DEAD_OBJECT);
+    }
+    EXPECT_EQ(WaitExit(child), 0);
+    ASSERT_TRUE(deaths_.WaitTotal(1));
+    EXPECT_EQ(deaths_.Get()[-1], std::vector<int32_t>{kServicePid});
+    EXPECT_TRUE(given_->IsObjectDead());
 }
 
 TEST_F(SocketMultiProcessTest, ExitingHolderReleasesWhatItHeld)

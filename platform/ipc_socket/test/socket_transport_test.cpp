@@ -7,6 +7,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "hilog.h"
@@ -118,6 +119,54 @@ TEST_F(SocketTransportTest, ObjectsTravelAsReferencesAndComeHomeAsThemselves)
     EXPECT_EQ(reply.ReadInt32(), 0);
     EXPECT_EQ(reply.ReadInt32(), 11);
     EXPECT_EQ(reply.ReadRemoteObject(), sptr<IRemoteObject>(callback));
+}
+
+// Binder's thread affinity: a call back into a caller that waits on its own call runs on the
+// waiting thread, and so on back and forth, however deep.
+TEST_F(SocketTransportTest, CallsBackIntoAWaitingCallerRunOnTheWaitingThread)
+{
+    struct Turn {
+        int32_t runsIn;
+        int32_t caller;
+        std::thread::id thread;
+        int32_t depth;
+    };
+    std::mutex mutex;
+    std::vector<Turn> turns;
+    auto note = [&](int32_t depth) {
+        std::lock_guard<std::mutex> lock(mutex);
+        turns.push_back(
+            {VirtualProcess::Current()->Pid(), IPCSkeleton::GetCallingPid(), std::this_thread::get_id(), depth});
+    };
+    sptr<IRemoteObject> relayInClient;
+    sptr<IRemoteObject> callbackInService;
+    sptr<FunctionStub> callback =
+        MakeStub(client_, u"test.Callback", [&](uint32_t, MessageParcel& data, MessageParcel&, MessageOption&) {
+            int32_t depth = data.ReadInt32();
+            note(depth);
+            return depth == 0 ? 0 : Call(relayInClient, 1, depth - 1);
+        });
+    sptr<FunctionStub> relay =
+        MakeStub(service_, u"test.Relay", [&](uint32_t, MessageParcel& data, MessageParcel&, MessageOption&) {
+            int32_t depth = data.ReadInt32();
+            note(depth);
+            return Call(callbackInService, 1, depth);
+        });
+    relayInClient = Transfer(relay, client_);
+    callbackInService = Transfer(callback, service_);
+    ScopedProcess scope(client_);
+    ASSERT_EQ(Call(relayInClient, 1, 2), 0);
+    std::lock_guard<std::mutex> lock(mutex);
+    ASSERT_EQ(turns.size(), 6u);
+    const std::thread::id served = turns[0].thread;
+    EXPECT_NE(served, std::this_thread::get_id());
+    for (size_t i = 0; i < turns.size(); ++i) {
+        const bool inService = i % 2 == 0;
+        EXPECT_EQ(turns[i].depth, 2 - static_cast<int32_t>(i / 2)) << i;
+        EXPECT_EQ(turns[i].runsIn, inService ? 3001 : 3002) << i;
+        EXPECT_EQ(turns[i].caller, inService ? 3002 : 3001) << i;
+        EXPECT_EQ(turns[i].thread, inService ? served : std::this_thread::get_id()) << i;
+    }
 }
 
 TEST_F(SocketTransportTest, OneWayRequestsToAnObjectArriveInOrder)
@@ -303,6 +352,56 @@ TEST_F(SocketTransportTest, MalformedStreamsDropOnlyThatPeer)
         }
         ASSERT_EQ(send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
         shutdown(fd, SHUT_WR);
+        char sink[256];
+        while (recv(fd, sink, sizeof(sink), 0) > 0) {
+        }
+        close(fd);
+        ScopedProcess scope(client_);
+        EXPECT_EQ(Call(proxy, PING_TRANSACTION, 0), 0) << c.reason;
+        std::vector<std::string> errors = capture.Messages(HiviewDFX::LOG_ERROR);
+        ASSERT_EQ(errors.size(), 1u) << c.reason;
+        EXPECT_EQ(errors[0], "dropping peer pid " + std::to_string(getpid()) + " (real pid " +
+                                 std::to_string(getpid()) + "): " + c.reason);
+    }
+}
+
+// Call channels are opened at the packet socket and only there; what breaks their rules drops
+// that channel alone, with one line.
+TEST_F(SocketTransportTest, CallChannelsBreakingTheirRulesAreDroppedAlone)
+{
+    sptr<FunctionStub> stub = MakeStub(service_, u"test.Target");
+    sptr<IRemoteObject> proxy = Transfer(stub, client_);
+    const std::string path = SocketTest::RunDir() + "/sock/3001";
+    std::vector<uint8_t> plain = WireFormat::Encode({WireFormat::HELLO, 0, 0, 0, 0, 9999, 0, {}, {}});
+    std::vector<uint8_t> calls =
+        WireFormat::Encode({WireFormat::HELLO, WireFormat::FLAG_CALLS, 0, 0, 0, 9999, 0, {}, {}});
+    struct Case {
+        int type;
+        std::vector<std::vector<uint8_t>> packets;
+        const char* reason;
+    };
+    const Case cases[] = {
+        {SOCK_STREAM, {calls}, "hello of the wrong kind for its socket"},
+        {SOCK_SEQPACKET, {plain}, "hello of the wrong kind for its socket"},
+        {SOCK_SEQPACKET, {calls, std::vector<uint8_t>(70000, 0)}, "packet over the size limit"},
+        {SOCK_SEQPACKET,
+         {calls, WireFormat::Encode({WireFormat::REQUEST, 0, 1, 1, 0, 1, 0, {}, {}})},
+         "request naming an object it does not hold"},
+        {SOCK_SEQPACKET,
+         {calls, WireFormat::Encode({WireFormat::ACQUIRE, 0, 0, 1, 0, 1, 0, {}, {}})},
+         "frame of type 4 on a call channel"},
+    };
+    for (const Case& c : cases) {
+        HiviewDFX::LogCapture capture;
+        int fd = socket(AF_UNIX, c.type, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::snprintf(address.sun_path, sizeof(address.sun_path), "%s%s", path.c_str(),
+                      c.type == SOCK_SEQPACKET ? ".calls" : "");
+        ASSERT_EQ(connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        for (const std::vector<uint8_t>& packet : c.packets) {
+            ASSERT_EQ(send(fd, packet.data(), packet.size(), MSG_NOSIGNAL), static_cast<ssize_t>(packet.size()));
+        }
         char sink[256];
         while (recv(fd, sink, sizeof(sink), 0) > 0) {
         }

@@ -193,8 +193,7 @@ bool WriteControl(const AgentControl& control, MessageParcel& data)
            WriteOptionalText(control.bundle, data) && data.WriteBool(control.number.has_value()) &&
            data.WriteInt32(control.number.value_or(0)) && data.WriteInt32(control.id) &&
            data.WriteInt32(control.state) && data.WriteBool(control.flag) && data.WriteInt64(control.time) &&
-           WritePackage(control.package, data) &&
-           WriteOrder(control.order, data) && WriteObject(control.object, data);
+           WritePackage(control.package, data) && WriteOrder(control.order, data) && WriteObject(control.object, data);
 }
 
 bool ReadControl(MessageParcel& data, AgentControl* control)

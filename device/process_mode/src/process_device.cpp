@@ -72,7 +72,8 @@ bool ProcessDevice::Start()
     executable_ = setup_.executable.empty() ? Executable() : setup_.executable;
     registry_ = std::make_unique<ProcessRegistry>(runPath_ + "/registry");
     const ProcessIdentity self = NativeIdentity(CONTROLLER_PID, "zel_device");
-    if (!VirtualProcess::SetHostIdentity(self) || !IPCTransport::Install(new SocketTransport({runPath_, setup_.virtualTime})) ||
+    if (!VirtualProcess::SetHostIdentity(self) ||
+        !IPCTransport::Install(new SocketTransport({runPath_, setup_.virtualTime})) ||
         !registry_->Register(getpid(), {self}, &failure_)) {
         return Fail(&failure_, failure_.empty() ? "the transport between processes could not be installed" : failure_);
     }

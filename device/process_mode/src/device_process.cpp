@@ -330,10 +330,11 @@ int RunDeviceProcess(const std::vector<std::string>& args)
     }
     std::vector<ProcessIdentity> identities = ProcessRegistry(parsed.runDir + "/registry").IdentitiesOf(getpid());
     if (identities.size() != 1 || !VirtualProcess::SetHostIdentity(identities.front()) ||
-        !IPCTransport::Install(new SocketTransport({parsed.runDir, parsed.virtualTime}))) {
+        !IPCTransport::Install(new SocketTransport({parsed.runDir}))) {
         fprintf(stderr, "zel_device process %s: no identity of its own\n", parsed.role.c_str());
         return 1;
     }
+    static_cast<SocketTransport&>(IPCTransport::Get()).SetDeathsWhenTold(parsed.virtualTime);
     HiviewDFX::HiLogOutput::SetStderrEnabled(parsed.log);
     // Told to stop: nothing of its own to clean up, the controller removes the run folder.
     OnInterrupt([](int) { _exit(0); });

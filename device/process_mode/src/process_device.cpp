@@ -73,10 +73,11 @@ bool ProcessDevice::Start()
     registry_ = std::make_unique<ProcessRegistry>(runPath_ + "/registry");
     const ProcessIdentity self = NativeIdentity(CONTROLLER_PID, "zel_device");
     if (!VirtualProcess::SetHostIdentity(self) ||
-        !IPCTransport::Install(new SocketTransport({runPath_, setup_.virtualTime})) ||
+        !IPCTransport::Install(new SocketTransport({runPath_})) ||
         !registry_->Register(getpid(), {self}, &failure_)) {
         return Fail(&failure_, failure_.empty() ? "the transport between processes could not be installed" : failure_);
     }
+    static_cast<SocketTransport&>(IPCTransport::Get()).SetDeathsWhenTold(setup_.virtualTime);
     hub_ = new HubStub(trace_, [this](const std::string&, const sptr<IRemoteObject>& agent) { OnAttach(agent); });
     if (!static_cast<SocketTransport&>(IPCTransport::Get()).PublishNamed(kHubName, hub_)) {
         return Fail(&failure_, "the hub could not be published in " + runPath_);

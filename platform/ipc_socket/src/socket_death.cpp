@@ -103,7 +103,7 @@ void SocketTransport::Impl::WakeWaitersLocked(const SocketConnection& connection
 void SocketTransport::Impl::OnEnded(const std::shared_ptr<SocketConnection>& connection)
 {
     // The holders of well-known names (the device itself) are not told of: they go at once.
-    if (!options_.deathsWhenTold || connection->inProcess || connection->toName) {
+    if (!deathsWhenTold_ || connection->inProcess || connection->toName) {
         CloseConnection(connection);
         return;
     }

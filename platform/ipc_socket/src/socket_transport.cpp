@@ -222,6 +222,11 @@ SocketTransport::Traffic SocketTransport::OneWayTraffic() const
     return {impl_->oneWaySent_.load(), impl_->oneWayReceived_.load()};
 }
 
+void SocketTransport::SetDeathsWhenTold(bool told)
+{
+    impl_->deathsWhenTold_ = told;
+}
+
 void SocketTransport::PeerDied(int32_t pid)
 {
     impl_->PeerDied(pid);

@@ -266,6 +266,7 @@ public:
     // written until the receiver queues them: by (sender pid, frame id).
     std::map<std::pair<int32_t, uint64_t>, WorkTracker::Token> handedOver_;
     std::map<std::string, NamedBinding> named_;
+    std::atomic<bool> deathsWhenTold_{false};
     std::atomic<uint64_t> oneWaySent_{0};
     std::atomic<uint64_t> oneWayReceived_{0};
     uint64_t nextCookie_ = 1;

@@ -1,21 +1,27 @@
 #!/usr/bin/env bash
 # Plays every scenario RUNS times, JOBS runs at once, and checks that each scenario's traces (and
-# exit statuses) are the same byte for byte. Usage: determinism.sh ZEL_DEVICE RUNS JOBS SCENARIO...
+# exit statuses) are the same byte for byte. With --processes every emulated process is a real one.
+# Usage: determinism.sh ZEL_DEVICE RUNS JOBS [--processes] SCENARIO...
 set -uo pipefail
 device=$1 runs=$2 jobs=$3
 shift 3
+mode=
+if [ "${1:-}" = --processes ]; then
+    mode=--processes
+    shift
+fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 play() {  # SCENARIO_INDEX RUN
     local scenario
     scenario=$(cat "$work/$1.path")
-    "$device" run "$scenario" --quiet --trace "$work/$1.$2.jsonl" >/dev/null 2>"$work/$1.$2.err"
+    "$device" run "$scenario" $mode --quiet --trace "$work/$1.$2.jsonl" >/dev/null 2>"$work/$1.$2.err"
     echo $? >"$work/$1.$2.status"
 }
 export -f play
 scenarios=("$@")
-export device work
+export device work mode
 # Paths go by file, so that any character in them survives the trip through xargs.
 for i in "${!scenarios[@]}"; do printf '%s' "${scenarios[$i]}" >"$work/$i.path"; done
 

@@ -48,8 +48,12 @@ enum class AgentCode : uint32_t {
     WATCH,  // order: the line and what it goes to
     SEND,   // order, object: the callback a raw request goes to, or REGISTER's name
     COUNT,  // reply: work in flight and one-way traffic
+    // Virtual time shared by the processes (a fleet the controller drives):
+    NEXT_DUE,  // reply: due, the earliest due time of this process's tasks
+    MOVE,      // time: the clock reads it; this process reserves the turns of its due tasks
+    DEATH,     // id: the pid of a process that died; its proxies here die now
 };
-inline constexpr uint32_t kLastAgentCode = static_cast<uint32_t>(AgentCode::COUNT);
+inline constexpr uint32_t kLastAgentCode = static_cast<uint32_t>(AgentCode::DEATH);
 
 struct AgentControl {
     AgentCode code = AgentCode::COUNT;
@@ -60,6 +64,7 @@ struct AgentControl {
     int32_t id = 0;
     int32_t state = 0;
     bool flag = false;
+    int64_t time = 0;  // ms
     Package package;
     RequestOrder order;
     sptr<IRemoteObject> object;
@@ -73,6 +78,7 @@ struct AgentReply {
     int64_t inFlight = 0;         // COUNT: besides the count request itself
     uint64_t oneWaySent = 0;      // COUNT
     uint64_t oneWayReceived = 0;  // COUNT
+    int64_t due = -1;             // NEXT_DUE: ms, -1 when nothing is due
 };
 
 bool WriteControl(const AgentControl& control, MessageParcel& data);

@@ -8,9 +8,12 @@
 // the others attach to. Every control is a synchronous request to the process that owns what it
 // touches, made from the calling thread.
 //
-// Contract: as DeviceControl; WaitQuiet counts work in flight in every process and the one-way
-// requests on their way between them. Plays on the real clock only. Trace fields that hold a real
-// pid may differ from the in-process device's.
+// Contract: as DeviceControl. On the real clock WaitQuiet counts work in flight in every process
+// and the one-way requests on their way between them. In virtual time every process maps the
+// clock, the line of turns and the work count from RUNDIR/time, and the controller moves time
+// through each of them in a fixed order, so a scenario gives the in-process device's trace; a
+// death is told to every process by the controller, in a fixed order too. Trace fields that hold a
+// real pid may differ from the in-process device's.
 
 #include <chrono>
 #include <condition_variable>
@@ -18,6 +21,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "device.h"
 #include "device_agent.h"
@@ -33,6 +37,7 @@ struct ProcessDeviceSetup {
     DeviceSetup device;
     std::string runDir;      // empty: a temporary one, removed with the device
     std::string executable;  // zel_device, run as `zel_device process`; empty: this program
+    bool virtualTime = false;  // installed by the device, before its processes start
 };
 
 class ProcessDevice : public DeviceControl {
@@ -107,6 +112,10 @@ private:
     bool StartChild(const std::string& name, const std::string& role, const std::string& arg,
                     const ProcessIdentity& identity, std::string* error);
     bool AwaitAttach(Child& child, std::string* error);
+    bool StartTime();
+    // A child is gone: its part of the time page is cleared and every process told, in pid order.
+    void Bury(Child& child);
+    std::vector<Child*> ByPid();
     void OnAttach(const sptr<IRemoteObject>& agent);
     Child* Find(const std::string& name);
     // Sends one control; false with the reason if the process did not take it.
@@ -120,6 +129,7 @@ private:
                  std::string* error, AgentReply* reply = nullptr);
     bool SyncCatalog(const std::string& name, std::string* error);
     std::map<int32_t, Counts> CountAll();
+    class Fleet;
     bool Fail(std::string* error, const std::string& reason) const;
 
     const ProcessDeviceSetup setup_;

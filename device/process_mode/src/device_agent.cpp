@@ -192,8 +192,8 @@ bool WriteControl(const AgentControl& control, MessageParcel& data)
            data.WriteString(control.key) && data.WriteString(control.value) &&
            WriteOptionalText(control.bundle, data) && data.WriteBool(control.number.has_value()) &&
            data.WriteInt32(control.number.value_or(0)) && data.WriteInt32(control.id) &&
-           data.WriteInt32(control.state) && data.WriteBool(control.flag) && WritePackage(control.package, data) &&
-           WriteOrder(control.order, data) && WriteObject(control.object, data);
+           data.WriteInt32(control.state) && data.WriteBool(control.flag) && data.WriteInt64(control.time) &&
+           WritePackage(control.package, data) && WriteOrder(control.order, data) && WriteObject(control.object, data);
 }
 
 bool ReadControl(MessageParcel& data, AgentControl* control)
@@ -205,7 +205,7 @@ bool ReadControl(MessageParcel& data, AgentControl* control)
         !data.ReadString(control->key) || !data.ReadString(control->value) ||
         !ReadOptionalText(data, &control->bundle) || !data.ReadBool(numbered) || !data.ReadInt32(number) ||
         !data.ReadInt32(control->id) || !data.ReadInt32(control->state) || !data.ReadBool(control->flag) ||
-        !ReadPackage(data, &control->package) || !ReadOrder(data, &control->order)) {
+        !data.ReadInt64(control->time) || !ReadPackage(data, &control->package) || !ReadOrder(data, &control->order)) {
         return false;
     }
     control->code = static_cast<AgentCode>(code);
@@ -218,7 +218,7 @@ bool WriteReply(const AgentReply& reply, MessageParcel& data)
     return data.WriteBool(reply.ok) && data.WriteString(reply.error) && data.WriteBool(reply.outcome.sent) &&
            data.WriteInt32(reply.outcome.status) && WriteValue(reply.outcome.result, data) &&
            data.WriteInt64(reply.inFlight) && data.WriteUint64(reply.oneWaySent) &&
-           data.WriteUint64(reply.oneWayReceived) && WriteObject(reply.object, data);
+           data.WriteUint64(reply.oneWayReceived) && data.WriteInt64(reply.due) && WriteObject(reply.object, data);
 }
 
 bool ReadReply(MessageParcel& data, AgentReply* reply)
@@ -226,7 +226,7 @@ bool ReadReply(MessageParcel& data, AgentReply* reply)
     return data.ReadBool(reply->ok) && data.ReadString(reply->error) && data.ReadBool(reply->outcome.sent) &&
            data.ReadInt32(reply->outcome.status) && ReadValue(data, &reply->outcome.result) &&
            data.ReadInt64(reply->inFlight) && data.ReadUint64(reply->oneWaySent) &&
-           data.ReadUint64(reply->oneWayReceived) && ReadObject(data, &reply->object);
+           data.ReadUint64(reply->oneWayReceived) && data.ReadInt64(reply->due) && ReadObject(data, &reply->object);
 }
 
 bool WriteEvent(const std::string& ev, const std::vector<TraceField>& fields, MessageParcel& data)

@@ -21,7 +21,8 @@ std::unique_ptr<DeviceControl> MakeDevice(const DeviceOptions& options)
     setup.serviceLibrary = library != nullptr ? library : ZEL_SERVICE_LIBRARY;
     setup.defaultConfig = ZEL_DEFAULT_CONFIG;
     if (options.processes) {
-        return std::make_unique<ProcessDevice>(ProcessDeviceSetup{std::move(setup), options.runDir, {}});
+        return std::make_unique<ProcessDevice>(
+            ProcessDeviceSetup{std::move(setup), options.runDir, {}, !options.realtime});
     }
     return std::make_unique<Device>(std::move(setup));
 }

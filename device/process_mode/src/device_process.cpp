@@ -20,8 +20,10 @@
 #include "ipc_types.h"
 #include "iservice_registry.h"
 #include "process_registry.h"
+#include "sequencer.h"
 #include "service_host.h"
 #include "socket_transport.h"
+#include "virtual_clock.h"
 #include "work_tracker.h"
 
 namespace Tarvo::Emu {
@@ -43,6 +45,7 @@ struct ProcessArgs {
     std::string runDir;
     std::string dataDir;
     bool log = false;
+    bool virtualTime = false;
 };
 
 bool ParseArgs(const std::vector<std::string>& args, ProcessArgs* parsed)
@@ -51,6 +54,8 @@ bool ParseArgs(const std::vector<std::string>& args, ProcessArgs* parsed)
     for (size_t i = 0; i < args.size(); ++i) {
         if (args[i] == "--log") {
             parsed->log = true;
+        } else if (args[i] == "--virtual-time") {
+            parsed->virtualTime = true;
         } else if ((args[i] == "--dir" || args[i] == "--data") && i + 1 < args.size()) {
             std::string& value = args[i] == "--dir" ? parsed->runDir : parsed->dataDir;
             value = args[++i];
@@ -275,6 +280,17 @@ void DeviceProcess::Handle(const AgentControl& control, AgentReply* reply)
             return;
         case AgentCode::COUNT:
             return Count(reply);
+        case AgentCode::NEXT_DUE:
+            if (std::optional<PlatformClock::time_point> due = VirtualClock::NextDueHere()) {
+                reply->due = std::chrono::duration_cast<std::chrono::milliseconds>(due->time_since_epoch()).count();
+            }
+            return;
+        case AgentCode::MOVE:
+            VirtualClock::MoveHere(PlatformClock::time_point(std::chrono::milliseconds(control.time)));
+            return;
+        case AgentCode::DEATH:
+            static_cast<SocketTransport&>(IPCTransport::Get()).PeerDied(control.id);
+            return;
         case AgentCode::WATCH:
             tap_->Watch(static_cast<uint64_t>(control.order.line), control.order.TargetDescriptor(),
                         VirtualProcess::Host()->Pid(), args_.arg);
@@ -304,8 +320,13 @@ int RunDeviceProcess(const std::vector<std::string>& args)
 {
     ProcessArgs parsed;
     if (!ParseArgs(args, &parsed)) {
-        fprintf(stderr, "zel_device process: usage: ROLE [ARG] --dir RUNDIR --data DIR [--log]\n");
+        fprintf(stderr, "zel_device process: usage: ROLE [ARG] --dir RUNDIR --data DIR [--log] [--virtual-time]\n");
         return 2;
+    }
+    std::string error;
+    if (parsed.virtualTime && !VirtualClock::InstallShared(parsed.runDir + "/time", error)) {
+        fprintf(stderr, "zel_device process %s: %s\n", parsed.role.c_str(), error.c_str());
+        return 1;
     }
     std::vector<ProcessIdentity> identities = ProcessRegistry(parsed.runDir + "/registry").IdentitiesOf(getpid());
     if (identities.size() != 1 || !VirtualProcess::SetHostIdentity(identities.front()) ||
@@ -313,19 +334,23 @@ int RunDeviceProcess(const std::vector<std::string>& args)
         fprintf(stderr, "zel_device process %s: no identity of its own\n", parsed.role.c_str());
         return 1;
     }
+    static_cast<SocketTransport&>(IPCTransport::Get()).SetDeathsWhenTold(parsed.virtualTime);
     HiviewDFX::HiLogOutput::SetStderrEnabled(parsed.log);
     // Told to stop: nothing of its own to clean up, the controller removes the run folder.
     OnInterrupt([](int) { _exit(0); });
     // Lives until the process ends: its threads may be anywhere when the controller goes.
     auto* process = new DeviceProcess(parsed);
-    std::string error;
-    sptr<IRemoteObject> hub = static_cast<SocketTransport&>(IPCTransport::Get()).GetNamed(kHubName);
     sptr<Farewell> farewell = new Farewell();
-    if (hub == nullptr || !hub->AddDeathRecipient(farewell) || !process->Build(&error) ||
-        !process->Attach(hub, &error)) {
-        fprintf(stderr, "zel_device process %s: %s\n", parsed.role.c_str(),
-                error.empty() ? "the controller cannot be reached" : error.c_str());
-        return 1;
+    {
+        // What starting posts is posted in the same order on every run.
+        Sequencer::Hold hold;
+        sptr<IRemoteObject> hub = static_cast<SocketTransport&>(IPCTransport::Get()).GetNamed(kHubName);
+        if (hub == nullptr || !hub->AddDeathRecipient(farewell) || !process->Build(&error) ||
+            !process->Attach(hub, &error)) {
+            fprintf(stderr, "zel_device process %s: %s\n", parsed.role.c_str(),
+                    error.empty() ? "the controller cannot be reached" : error.c_str());
+            return 1;
+        }
     }
     farewell->Wait();
     return 0;

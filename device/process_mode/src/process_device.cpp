@@ -11,7 +11,9 @@
 #include "ipc_skeleton.h"
 #include "ipc_types.h"
 #include "platform_clock.h"
+#include "sequencer.h"
 #include "socket_transport.h"
+#include "virtual_clock.h"
 
 namespace Tarvo::Emu {
 namespace {
@@ -64,13 +66,18 @@ bool ProcessDevice::Start()
         runPath_ = ownRunDir_->Path();
         RemoveOnInterrupt(runPath_);
     }
+    if (!StartTime()) {
+        return false;
+    }
     executable_ = setup_.executable.empty() ? Executable() : setup_.executable;
     registry_ = std::make_unique<ProcessRegistry>(runPath_ + "/registry");
     const ProcessIdentity self = NativeIdentity(CONTROLLER_PID, "zel_device");
-    if (!VirtualProcess::SetHostIdentity(self) || !IPCTransport::Install(new SocketTransport({runPath_})) ||
+    if (!VirtualProcess::SetHostIdentity(self) ||
+        !IPCTransport::Install(new SocketTransport({runPath_})) ||
         !registry_->Register(getpid(), {self}, &failure_)) {
         return Fail(&failure_, failure_.empty() ? "the transport between processes could not be installed" : failure_);
     }
+    static_cast<SocketTransport&>(IPCTransport::Get()).SetDeathsWhenTold(setup_.virtualTime);
     hub_ = new HubStub(trace_, [this](const std::string&, const sptr<IRemoteObject>& agent) { OnAttach(agent); });
     if (!static_cast<SocketTransport&>(IPCTransport::Get()).PublishNamed(kHubName, hub_)) {
         return Fail(&failure_, "the hub could not be published in " + runPath_);
@@ -96,6 +103,9 @@ bool ProcessDevice::Start()
 
 ProcessDevice::~ProcessDevice()
 {
+    if (setup_.virtualTime) {
+        VirtualClock::SetFleet(nullptr);
+    }
     ProcessLauncher::SetStopGrace(kStopGrace);
     // Each child goes with its handle; the controller's own entry last.
     children_.clear();
@@ -137,6 +147,9 @@ bool ProcessDevice::StartChild(const std::string& name, const std::string& role,
     if (setup_.device.log) {
         plan.argv.push_back("--log");
     }
+    if (setup_.virtualTime) {
+        plan.argv.push_back("--virtual-time");
+    }
     plan.fds = {{STDOUT_FILENO, STDOUT_FILENO}, {STDERR_FILENO, STDERR_FILENO}};
     std::string refused;
     plan.registerChild = [this, &identity, &refused](pid_t realPid) {
@@ -165,6 +178,8 @@ void ProcessDevice::OnAttach(const sptr<IRemoteObject>& agent)
 
 bool ProcessDevice::AwaitAttach(Child& child, std::string* error)
 {
+    // In virtual time its start takes turns, which a controller holding the baton would block.
+    Sequencer::Yield yield;
     const auto deadline = std::chrono::steady_clock::now() + kAttachLimit;
     std::unique_lock<std::mutex> lock(attachMutex_);
     while (agents_.count(child.pid) == 0) {

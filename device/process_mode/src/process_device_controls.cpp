@@ -6,6 +6,7 @@
 #include "ipc_types.h"
 #include "process_device.h"
 #include "socket_transport.h"
+#include "virtual_clock.h"
 #include "work_tracker.h"
 
 namespace Tarvo::Emu {
@@ -169,6 +170,7 @@ bool ProcessDevice::RestartAppManager(std::string* error)
     if (!old.empty()) {
         old.mapped().process->Kill(SIGKILL);
         old.mapped().process->Wait();
+        Bury(old.mapped());
     }
     return true;
 }
@@ -182,6 +184,7 @@ bool ProcessDevice::KillApp(const std::string& bundle, std::string* error)
     // Its callbacks' proxies die in the service as its connections close.
     app.mapped().process->Kill(SIGKILL);
     app.mapped().process->Wait();
+    Bury(app.mapped());
     return true;
 }
 
@@ -299,6 +302,9 @@ std::map<int32_t, ProcessDevice::Counts> ProcessDevice::CountAll()
 // and every one-way request sent received (so none is on its way in a socket).
 bool ProcessDevice::WaitQuiet(std::chrono::milliseconds stallLimit)
 {
+    if (setup_.virtualTime) {
+        return VirtualClock::WaitQuiet(stallLimit);
+    }
     std::map<int32_t, Counts> previous;
     auto lastChange = std::chrono::steady_clock::now();
     int stable = 0;

@@ -41,6 +41,7 @@ void ExpectSame(const AgentControl& a, const AgentControl& b)
     EXPECT_EQ(a.id, b.id);
     EXPECT_EQ(a.state, b.state);
     EXPECT_EQ(a.flag, b.flag);
+    EXPECT_EQ(a.time, b.time);
     EXPECT_EQ(a.package.bundle, b.package.bundle);
     EXPECT_EQ(a.package.uid, b.package.uid);
     EXPECT_EQ(a.package.game, b.package.game);
@@ -106,6 +107,13 @@ TEST(DeviceAgentTest, EveryControlRoundTrips)
         controls.push_back(send);
     }
     controls.push_back(Control(AgentCode::COUNT));
+    controls.push_back(Control(AgentCode::NEXT_DUE));
+    AgentControl move = Control(AgentCode::MOVE);
+    move.time = 86'400'000'123;
+    controls.push_back(move);
+    AgentControl death = Control(AgentCode::DEATH);
+    death.id = 2003;
+    controls.push_back(death);
     for (const AgentControl& control : controls) {
         SCOPED_TRACE(static_cast<int>(control.code));
         MessageParcel data;
@@ -127,6 +135,7 @@ TEST(DeviceAgentTest, RepliesAndTraceEventsRoundTrip)
     reply.inFlight = 2;
     reply.oneWaySent = 1ull << 40;
     reply.oneWayReceived = 5;
+    reply.due = 1500;
     MessageParcel data;
     ASSERT_TRUE(WriteReply(reply, data));
     AgentReply read;
@@ -139,6 +148,7 @@ TEST(DeviceAgentTest, RepliesAndTraceEventsRoundTrip)
     EXPECT_EQ(read.inFlight, 2);
     EXPECT_EQ(read.oneWaySent, 1ull << 40);
     EXPECT_EQ(read.oneWayReceived, 5u);
+    EXPECT_EQ(read.due, 1500);
 
     const std::vector<TraceField> fields = {{"line", int64_t{4}},
                                             {"reply", nullptr},

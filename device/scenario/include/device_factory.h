@@ -15,9 +15,10 @@ struct DeviceOptions {
     std::string scenarioDir;   // the scenario's folder
     std::string dataDir;       // empty: a fresh temporary directory
     bool keepDataDir = false;  // true when dataDir was given: it outlives the run
-    bool realtime = false;     // wall clock; otherwise virtual time is already installed
+    bool realtime = false;     // wall clock; otherwise virtual time is installed already, or by
+                               // a device in processes (shared by them)
     bool log = false;          // platform log on stderr
-    bool processes = false;    // every emulated process a real one (real clock only)
+    bool processes = false;    // every emulated process a real one
     std::string runDir;        // with processes: the run folder; empty: a temporary one
 };
 

@@ -133,7 +133,7 @@ const char* CommandLine::Usage()
            "  --realtime        play against the wall clock\n"
            "  --quiet           no timeline on stdout\n"
            "  --log             the platform log on stderr\n"
-           "  --processes       every emulated process a real one (with --realtime for now)\n"
+           "  --processes       every emulated process a real one\n"
            "check only parses SCENARIO and reports every error.\n"
            "serve boots a device on the real clock and keeps it running until SIGTERM or SIGINT; send plays\n"
            "scenario lines without TIME on it (from stdin when none are given) and prints their requests'\n"

@@ -88,11 +88,6 @@ int ZelDeviceApp::Check(const CommandLine& line)
 
 int ZelDeviceApp::Run(const CommandLine& line)
 {
-    if (line.processes && !line.realtime) {
-        // Virtual time across processes is not there yet.
-        err_ << "zel_device: --processes plays on the real clock only: add --realtime\n";
-        return EXIT_SCENARIO_ERROR;
-    }
     Scenario scenario;
     if (!Load(line.scenario, &scenario)) {
         return EXIT_SCENARIO_ERROR;
@@ -121,7 +116,8 @@ int ZelDeviceApp::Run(const CommandLine& line)
 
 int ZelDeviceApp::Play(const CommandLine& line, const Scenario& scenario, std::ostream* trace)
 {
-    if (!line.realtime) {
+    // A device in processes shares its virtual time with them.
+    if (!line.realtime && !line.processes) {
         VirtualClock::Install();
     }
     DeviceOptions options;

@@ -12,6 +12,7 @@
 #include "ipc_object_stub.h"
 #include "ipc_types.h"
 #include "one_way_queue.h"
+#include "sequencer.h"
 #include "transaction.h"
 
 namespace Tarvo {
@@ -125,6 +126,16 @@ int InProcessTransport::SendSync(const std::shared_ptr<Transaction>& txn, Virtua
 
 int InProcessTransport::SendOneWay(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner)
 {
+    if (Sequencer::Enabled()) {
+        // In virtual time each request has a turn of its own, taken as it is sent: the line keeps
+        // them in the order sent, whichever process sends them.
+        return owner.Post([this, txn] {
+            Deliver(*txn);
+            txn->pending.reset();
+        })
+                   ? ERR_NONE
+                   : ERR_DEAD_OBJECT;
+    }
     sptr<IPCObjectStub> target = txn->target;
     if (!oneWay_->Push(txn)) {
         return ERR_NONE;

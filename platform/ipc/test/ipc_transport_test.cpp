@@ -582,7 +582,7 @@ TEST_P(IpcTransportTest, SequencedRequestsRunInAnOrderFixedBySendingNotByThreads
     }
     ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(kTimeout));
     EXPECT_THAT(journal,
-                testing::ElementsAre("sync with the object", "replied", "first 1", "first 2", "second 1", "second 2"));
+                testing::ElementsAre("sync with the object", "replied", "first 1", "second 1", "first 2", "second 2"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Transports, IpcTransportTest, testing::Values(Transport::IN_PROCESS, Transport::SOCKETS),

@@ -61,6 +61,13 @@ public:
     // The object published under `name`, as the calling thread's session sees it; null if none.
     sptr<IRemoteObject> GetNamed(const std::string& name);
     Traffic OneWayTraffic() const;
+    // A device in virtual time tells each process of a death (PeerDied) in an order it fixes; from
+    // then on a connection to another real process that ends only stops being read until then (one
+    // made to a well-known name still closes at once).
+    void SetDeathsWhenTold(bool told);
+    // The process acting as emulated `pid` has died: its proxies die and their recipients are
+    // posted, from the calling thread.
+    void PeerDied(int32_t pid);
     static bool ValidName(const std::string& name);
 
     class Impl;

@@ -47,6 +47,7 @@ sptr<IRemoteObject> SocketTransport::Impl::LookUpNamed(const std::shared_ptr<Soc
             return nullptr;
         }
         std::lock_guard<std::mutex> lock(mutex_);
+        connection->toName = true;
         endpoint->namedConnections[name] = connection;
     }
     WireFormat::Frame lookup;

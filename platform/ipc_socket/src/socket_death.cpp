@@ -1,18 +1,23 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "ipc_types.h"
 #include "transport_impl.h"
 
 namespace Tarvo {
 namespace {
 struct Obituary {
+    uint64_t handle;
     sptr<IPCObjectProxy> proxy;
     std::weak_ptr<SocketEndpoint> holder;
 };
 
 void SendObituaries(std::vector<Obituary>& obituaries)
 {
+    // Holders are told in the order their proxies were made, whatever the table's layout.
+    std::sort(obituaries.begin(), obituaries.end(), [](const auto& a, const auto& b) { return a.handle < b.handle; });
     for (Obituary& obituary : obituaries) {
         std::vector<sptr<IRemoteObject::DeathRecipient>> recipients = obituary.proxy->MarkDead();
         std::shared_ptr<SocketEndpoint> holder = obituary.holder.lock();
@@ -61,18 +66,12 @@ void SocketTransport::Impl::CloseConnection(const std::shared_ptr<SocketConnecti
                 return entry.first.first == connection->peerPid || entry.first.first == ownPid;
             });
         }
-        for (auto& [id, waiter] : waiters_) {
-            if (waiter->connection == connection.get() && !waiter->done) {
-                waiter->done = true;
-                waiter->status = ERR_DEAD_OBJECT;
-                waiter->woken.notify_all();
-            }
-        }
+        WakeWaitersLocked(*connection);
         for (auto& [handle, entry] : handles_) {
             if (entry.connection == connection && !entry.dead) {
                 entry.dead = true;
                 if (sptr<IPCObjectProxy> proxy = entry.proxy.promote()) {
-                    obituaries.push_back({std::move(proxy), entry.holder});
+                    obituaries.push_back({handle, std::move(proxy), entry.holder});
                 }
             }
         }
@@ -88,6 +87,51 @@ void SocketTransport::Impl::CloseConnection(const std::shared_ptr<SocketConnecti
         connection->pendingFree.clear();
     }
     SendObituaries(obituaries);
+}
+
+void SocketTransport::Impl::WakeWaitersLocked(const SocketConnection& connection)
+{
+    for (auto& [id, waiter] : waiters_) {
+        if (waiter->connection == &connection && !waiter->done) {
+            waiter->done = true;
+            waiter->status = ERR_DEAD_OBJECT;
+            waiter->woken.notify_all();
+        }
+    }
+}
+
+void SocketTransport::Impl::OnEnded(const std::shared_ptr<SocketConnection>& connection)
+{
+    // The holders of well-known names (the device itself) are not told of: they go at once.
+    if (!deathsWhenTold_ || connection->inProcess || connection->toName) {
+        CloseConnection(connection);
+        return;
+    }
+    // What the peer's death does runs when the device says, at the same point on every run.
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!connection->closed && connection->watchId != 0) {
+        Unwatch(connection->watchId, connection->fd);
+        connection->watchId = 0;
+        WakeWaitersLocked(*connection);
+    }
+}
+
+void SocketTransport::Impl::PeerDied(int32_t pid)
+{
+    std::vector<std::shared_ptr<SocketConnection>> closing;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        for (const auto& [session, endpoint] : endpoints_) {
+            for (const auto& connection : endpoint->connections) {
+                if (connection->peerPid == pid && !connection->inProcess) {
+                    closing.push_back(connection);
+                }
+            }
+        }
+    }
+    for (const auto& connection : closing) {
+        CloseConnection(connection);
+    }
 }
 
 void SocketTransport::Impl::CloseEndpoint(const std::shared_ptr<SocketEndpoint>& endpoint)

@@ -1,3 +1,4 @@
+#include "shared_time_page.h"
 #include "transport_impl.h"
 
 namespace Tarvo {
@@ -23,27 +24,37 @@ bool SocketTransport::Impl::CheckObjectsLocked(const SocketEndpoint& endpoint, c
 bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& endpoint,
                                       const std::shared_ptr<SocketConnection>& from, WireFormat::Frame& frame)
 {
-    bool oneWay = (frame.flags & WireFormat::FLAG_ONE_WAY) != 0;
+    const bool oneWay = (frame.flags & WireFormat::FLAG_ONE_WAY) != 0;
+    std::optional<WorkTracker::Token> counted;
     if (oneWay) {
         ++oneWayReceived_;
+        if (!from->inProcess && (frame.flags & WireFormat::FLAG_COUNTED) != 0 && SharedTimePage::Attached()) {
+            counted = WorkTracker::Token::Adopt();
+        }
     }
+    // In virtual time each one-way request runs in the turn its sender reserved: the line keeps
+    // them in order, and when each runs does not depend on when it was read.
+    std::shared_ptr<SocketNode::OneWay> single;
     bool startDrain = false;
     uint64_t cookie = frame.target;
     const Sequencer::Turn turn = frame.turn;
     {
         std::lock_guard<std::mutex> lock(mutex_);
+        if (oneWay && from->inProcess) {
+            counted = TakeHandedOverLocked({from->peerPid, frame.id});
+        }
         SocketNode* node = OwnNodeLocked(*endpoint, cookie);
         if (node == nullptr || !PeerHoldsLocked(*node, from->peerPid) || !CheckObjectsLocked(*endpoint, *from, frame)) {
-            node = nullptr;
-        } else if (oneWay) {
-            std::optional<WorkTracker::Token> counted = TakeHandedOverLocked({from->peerPid, frame.id});
-            node->oneWay.push_back({from, std::move(frame), counted ? std::move(counted) : WorkTracker::Token()});
-            startDrain = !node->draining;
-            node->draining = true;
-        }
-        if (node == nullptr) {
-            // Outside the lock below.
             cookie = 0;
+        } else if (oneWay) {
+            SocketNode::OneWay queued{from, std::move(frame), counted ? std::move(counted) : WorkTracker::Token()};
+            if (Sequencer::Enabled()) {
+                single = std::make_shared<SocketNode::OneWay>(std::move(queued));
+            } else {
+                node->oneWay.push_back(std::move(queued));
+                startDrain = !node->draining;
+                node->draining = true;
+            }
         }
     }
     if (cookie == 0) {
@@ -57,8 +68,16 @@ bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& end
             endpoint,
             [self = shared_from_this(), endpoint, from, request] { self->HandleRequest(endpoint, from, *request); },
             turn);
+    } else if (single != nullptr) {
+        PostTo(
+            endpoint,
+            [self = shared_from_this(), endpoint, single] {
+                self->HandleRequest(endpoint, single->from, single->frame);
+                single->pending.reset();
+            },
+            turn);
     } else if (!startDrain) {
-        // Handled in the turn of the drain already on its way, as one-way requests to one object are.
+        // Handled by the drain already on its way, as one-way requests to one object are.
         Sequencer::Cancel(turn);
     } else if (!PostTo(
                    endpoint, [self = shared_from_this(), endpoint, cookie] { self->DrainOneWay(endpoint, cookie); },

@@ -89,7 +89,7 @@ void SocketTransport::Impl::ReadFrom(const std::shared_ptr<SocketConnection>& co
             if (got == 0 && !connection->reader.AtFrameBoundary()) {
                 Drop(connection, "stream ended inside a frame");
             } else {
-                CloseConnection(connection);
+                OnEnded(connection);
             }
             return;
         }

@@ -3,6 +3,7 @@
 #include "calling_context.h"
 #include "hilog.h"
 #include "ipc_types.h"
+#include "shared_time_page.h"
 #include "transport_impl.h"
 
 namespace Tarvo {
@@ -92,19 +93,27 @@ int SocketTransport::Impl::SendOneWay(const std::shared_ptr<SocketEndpoint>& hol
                                       const std::shared_ptr<SocketConnection>& connection, WireFormat::Frame& request)
 {
     request.turn = Sequencer::Reserve();
-    // Within this process the receiver takes the count over, so quiet never misses it on the way.
+    // Counted as work from before it leaves until the receiver has handled it, so quiet never
+    // misses it on its way: within this process the receiver takes the count over; with time
+    // shared between processes it is counted in the receiver's share.
     const std::pair<int32_t, uint64_t> key{holder->identity.pid, request.id};
+    const pid_t countedFor = !connection->inProcess && SharedTimePage::Attached() ? connection->peerRealPid : 0;
     if (connection->inProcess) {
         std::lock_guard<std::mutex> lock(mutex_);
         handedOver_.emplace(key, WorkTracker::Token());
+    } else if (countedFor != 0) {
+        WorkTracker::GetInstance().BeginFor(countedFor);
+        request.flags |= WireFormat::FLAG_COUNTED;
     }
-    // Counted before it leaves, so that a count of the device never misses it on its way.
     ++oneWaySent_;
     if (Send(connection, request)) {
         return ERR_NONE;
     }
     --oneWaySent_;
     DropHandedOver(key);
+    if (countedFor != 0) {
+        WorkTracker::GetInstance().EndFor(countedFor);
+    }
     Sequencer::Cancel(request.turn);
     return ERR_DEAD_OBJECT;
 }

@@ -222,6 +222,16 @@ SocketTransport::Traffic SocketTransport::OneWayTraffic() const
     return {impl_->oneWaySent_.load(), impl_->oneWayReceived_.load()};
 }
 
+void SocketTransport::SetDeathsWhenTold(bool told)
+{
+    impl_->deathsWhenTold_ = told;
+}
+
+void SocketTransport::PeerDied(int32_t pid)
+{
+    impl_->PeerDied(pid);
+}
+
 void SocketTransport::SetTransportFault(int32_t pid, bool fail)
 {
     impl_->controls_.SetFault(pid, fail);

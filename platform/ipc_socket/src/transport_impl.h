@@ -51,6 +51,8 @@ struct SocketConnection {
     std::weak_ptr<SocketEndpoint> endpoint;
     // The well-known name it was accepted at; empty for the endpoint's own socket.
     std::string via;
+    // Made to reach a well-known name (the device's hub, its service manager).
+    bool toName = false;
     // Set once the hello is through.
     ProcessIdentity peer;
     int32_t peerPid = 0;
@@ -158,6 +160,11 @@ public:
     bool Send(const std::shared_ptr<SocketConnection>& connection, const WireFormat::Frame& frame);
     void Drop(const std::shared_ptr<SocketConnection>& connection, const std::string& reason);
     void CloseConnection(const std::shared_ptr<SocketConnection>& connection);
+    // The stream from the peer ended: closed at once, or only no longer read until PeerDied().
+    void OnEnded(const std::shared_ptr<SocketConnection>& connection);
+    void PeerDied(int32_t pid);
+    // Under mutex_: whoever waits for an answer on the connection gets ERR_DEAD_OBJECT.
+    void WakeWaitersLocked(const SocketConnection& connection);
     void CloseEndpoint(const std::shared_ptr<SocketEndpoint>& endpoint);
     void OnKilled(VirtualProcess& killed);
     void Observe(const SocketEndpoint& endpoint, const SocketConnection& from, const WireFormat::Frame& frame,
@@ -301,6 +308,7 @@ public:
     std::map<std::pair<int32_t, uint64_t>, WorkTracker::Token> handedOver_;
     std::map<std::string, NamedBinding> named_;
     size_t servingChannels_ = 0;  // under mutex_
+    std::atomic<bool> deathsWhenTold_{false};
     std::atomic<uint64_t> oneWaySent_{0};
     std::atomic<uint64_t> oneWayReceived_{0};
     uint64_t nextCookie_ = 1;

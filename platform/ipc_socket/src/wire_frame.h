@@ -36,6 +36,7 @@ enum FrameType : uint16_t {
 enum FrameFlags : uint16_t {
     FLAG_ONE_WAY = 1,   // REQUEST
     FLAG_BATON = 2,     // REQUEST: the sender held the baton (Sequencer) and waits to get it back
+    FLAG_COUNTED = 4,   // REQUEST, one-way: counted as work in flight in the receiver's share
     FLAG_STRONG = 1,    // ACQUIRE, RELEASE
     FLAG_WEAK = 2,      // ACQUIRE, RELEASE
     FLAG_OF_REPLY = 1,  // FREE: the frame freed is a reply

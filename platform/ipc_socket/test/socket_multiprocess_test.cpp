@@ -197,6 +197,7 @@ protected:
     }
     void TearDown() override
     {
+        SocketTest::Transport().SetDeathsWhenTold(false);
         for (pid_t child : children_) {
             kill(child, SIGKILL);
             waitpid(child, nullptr, 0);
@@ -325,7 +326,7 @@ TEST_F(SocketMultiProcessTest, KilledChildsObjectsDieAtOnceInTheHolder)
 
 TEST_F(SocketMultiProcessTest, CallerOfAChildThatDiesMidCallIsWokenByTheDeath)
 {
-    pid_t child = Spawn("perish", 6051, {ChildIdentity(6051)});
+    pid_t child = Spawn("perish", 6061, {ChildIdentity(6061)});
     ASSERT_TRUE(handed_.WaitTotal(1));
     ASSERT_NE(given_, nullptr);
     {
@@ -337,6 +338,25 @@ TEST_F(SocketMultiProcessTest, CallerOfAChildThatDiesMidCallIsWokenByTheDeath)
     ASSERT_TRUE(deaths_.WaitTotal(1));
     EXPECT_EQ(deaths_.Get()[-1], std::vector<int32_t>{kServicePid});
     EXPECT_TRUE(given_->IsObjectDead());
+}
+
+// In virtual time the device says when a death is heard, so it is heard at the same point on every
+// run: until then the connection's end changes nothing.
+TEST_F(SocketMultiProcessTest, WithDeathsToldAKilledChildsObjectsDieWhenTheDeviceSays)
+{
+    SocketTest::Transport().SetDeathsWhenTold(true);
+    pid_t child = Spawn("give", 6051, {ChildIdentity(6051)});
+    ASSERT_TRUE(handed_.WaitTotal(1));
+    kill(child, SIGKILL);
+    EXPECT_EQ(WaitExit(child), 128 + SIGKILL);
+    ASSERT_NE(given_, nullptr);
+    EXPECT_FALSE(given_->IsObjectDead());
+    EXPECT_TRUE(deaths_.Get().empty());
+    SocketTest::Transport().PeerDied(6051);
+    EXPECT_TRUE(given_->IsObjectDead());
+    ASSERT_TRUE(deaths_.WaitTotal(1));
+    EXPECT_EQ(deaths_.Get()[-1], std::vector<int32_t>{kServicePid});
+    EXPECT_EQ(Call(given_, PING_TRANSACTION, 0), ERR_DEAD_OBJECT);
 }
 
 TEST_F(SocketMultiProcessTest, ExitingHolderReleasesWhatItHeld)

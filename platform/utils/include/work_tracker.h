@@ -21,6 +21,10 @@ public:
 
     void Begin();
     void End();
+    // Work that will end in another process (a one-way request on its way there), counted in
+    // that process's share so that it stays counted if this one dies, and goes if that one does.
+    void BeginFor(int32_t pid);
+    void EndFor(int32_t pid);
     int64_t InFlight() const;
     void Forget(int32_t pid);
 
@@ -33,6 +37,8 @@ public:
     class Token {
     public:
         Token();
+        // A token for work already begun, by BeginFor() in another process.
+        static Token Adopt();
         Token(Token&& other) noexcept;
         Token& operator=(Token&& other) noexcept;
         Token(const Token&) = delete;
@@ -40,6 +46,8 @@ public:
         ~Token();
 
     private:
+        struct Adopted {};
+        explicit Token(Adopted) : active_(true) {}
         bool active_;
     };
 

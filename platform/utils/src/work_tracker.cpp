@@ -52,7 +52,9 @@ Share& OwnShareLocked(Layout& page, int32_t pid)
         page.shares[found] = Share{pid, 0, 0};
         ++page.sharesUsed;
     }
-    gShareHint.store(found, std::memory_order_relaxed);
+    if (pid == TimePage::OwnPid()) {
+        gShareHint.store(found, std::memory_order_relaxed);
+    }
     return page.shares[found];
 }
 
@@ -120,9 +122,8 @@ bool WaitQuietUntil(Layout& page, std::chrono::steady_clock::time_point deadline
     }
 }
 
-void Add(int64_t delta)
+void Add(int64_t delta, int32_t pid = TimePage::OwnPid())
 {
-    const int32_t pid = TimePage::OwnPid();
     ChangeCount([pid, delta](Layout& page) { OwnShareLocked(page, pid).count += delta; });
 }
 }  // namespace
@@ -142,6 +143,16 @@ void WorkTracker::Begin()
 void WorkTracker::End()
 {
     Add(-1);
+}
+
+void WorkTracker::BeginFor(int32_t pid)
+{
+    Add(1, pid);
+}
+
+void WorkTracker::EndFor(int32_t pid)
+{
+    Add(-1, pid);
 }
 
 int64_t WorkTracker::InFlight() const
@@ -183,6 +194,11 @@ bool WorkTracker::WaitQuiet(std::chrono::milliseconds stallLimit)
 WorkTracker::Token::Token() : active_(true)
 {
     WorkTracker::GetInstance().Begin();
+}
+
+WorkTracker::Token WorkTracker::Token::Adopt()
+{
+    return Token(Adopted{});
 }
 
 WorkTracker::Token::Token(Token&& other) noexcept : active_(std::exchange(other.active_, false)) {}

@@ -146,6 +146,48 @@ TEST_F(SharedTimePageTest, WorkBegunInOneProcessMayEndInAnotherAndTheWaiterHears
     EXPECT_THAT(Forked::Lines(journal_), ElementsAre("in flight 1", "quiet"));
 }
 
+// A one-way request on its way is counted in its receiver's share: handled, it is done there; the
+// receiver dead, it goes with the receiver's share.
+TEST_F(SharedTimePageTest, WorkCountedForItsReceiverEndsThereOrGoesWithIt)
+{
+    ForkedChild receiver([this](Channel& test) {
+        Attach();
+        test.Send(1);
+        test.Expect();
+        {
+            WorkTracker::Token handled = WorkTracker::Token::Adopt();
+        }
+        test.Send(1);
+        test.Receive();
+        return 0;
+    });
+    ForkedChild sender([this](Channel& test) {
+        Attach();
+        WorkTracker& tracker = WorkTracker::GetInstance();
+        const auto to = static_cast<int32_t>(test.Expect());
+        tracker.BeginFor(to);
+        tracker.BeginFor(to);
+        Forked::Note(journal_, "sent " + std::to_string(tracker.InFlight()));
+        test.Send(1);
+        test.Expect();
+        Forked::Note(journal_, "one handled " + std::to_string(tracker.InFlight()));
+        tracker.Forget(to);
+        CHILD_REQUIRE(tracker.WaitQuiet(10s));
+        Forked::Note(journal_, "receiver forgotten");
+        return 0;
+    });
+    receiver.Talk().Receive();
+    sender.Talk().Send(static_cast<uint64_t>(receiver.Pid()));
+    sender.Talk().Receive();
+    receiver.Talk().Send(1);
+    receiver.Talk().Receive();
+    receiver.Kill();
+    EXPECT_EQ(receiver.Wait(), kKilled);
+    sender.Talk().Send(1);
+    EXPECT_EQ(sender.Wait(), 0);
+    EXPECT_THAT(Forked::Lines(journal_), ElementsAre("sent 2", "one handled 1", "receiver forgotten"));
+}
+
 struct Death {
     const char* name;
     bool holdsBaton;

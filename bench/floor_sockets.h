@@ -12,6 +12,7 @@
 #include <stdint.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -124,6 +125,61 @@ private:
     int near_ = -1;
     int far_ = -1;
     std::thread thread_;
+};
+
+// The same echo in a child process: what a round trip between two processes costs at least (on one
+// CPU each one switches address spaces, which two threads of one process do not).
+class SeqpacketProcessEcho {
+public:
+    explicit SeqpacketProcessEcho(std::optional<int> cpu)
+    {
+        int fds[2];
+        if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, fds) != 0) {
+            return;
+        }
+        child_ = fork();
+        if (child_ == 0) {
+            // Only system calls from here: the parent has threads.
+            close(fds[0]);
+            if (cpu) {
+                cpu_set_t one;
+                CPU_ZERO(&one);
+                CPU_SET(*cpu, &one);
+                sched_setaffinity(0, sizeof(one), &one);
+            }
+            FloorMessage message;
+            ssize_t n = 0;
+            while ((n = recv(fds[1], message.data(), message.size(), 0)) > 0 &&
+                   send(fds[1], message.data(), n, 0) == n) {
+            }
+            _exit(0);
+        }
+        close(fds[1]);
+        near_ = child_ > 0 ? fds[0] : -1;
+        if (child_ < 0) {
+            close(fds[0]);
+        }
+    }
+    ~SeqpacketProcessEcho()
+    {
+        if (near_ >= 0) {
+            close(near_);  // the child sees end of file
+            waitpid(child_, nullptr, 0);
+        }
+    }
+    SeqpacketProcessEcho(const SeqpacketProcessEcho&) = delete;
+    SeqpacketProcessEcho& operator=(const SeqpacketProcessEcho&) = delete;
+
+    bool Ok() const { return near_ >= 0; }
+    bool RoundTrip(FloorMessage& message)
+    {
+        return send(near_, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size()) &&
+               recv(near_, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size());
+    }
+
+private:
+    pid_t child_ = -1;
+    int near_ = -1;
 };
 
 // One sender, one receiving thread on a SEQPACKET pair: the receiver says when a batch is in.

@@ -1,6 +1,6 @@
 // The transports' floors: 64-byte round trips over a raw SEQPACKET pair (threads placed by the
-// scheduler, then both on one CPU), one-way SEQPACKET messages per second, and an eventfd
-// hand-off round trip between two threads.
+// scheduler, then both on one CPU; the same with the echo in a child process), one-way SEQPACKET messages per second,
+// and an eventfd hand-off round trip between two threads.
 
 #include <benchmark/benchmark.h>
 #include <sched.h>
@@ -50,6 +50,13 @@ void FloorSeqpacketRoundTrip(benchmark::State& state, bool oneCpu)
     MeasureRoundTrips<SeqpacketEcho>(state, oneCpu, [&](SeqpacketEcho& echo) { return echo.RoundTrip(message); });
 }
 
+void FloorSeqpacketProcessRoundTrip(benchmark::State& state, bool oneCpu)
+{
+    FloorMessage message{};
+    MeasureRoundTrips<SeqpacketProcessEcho>(state, oneCpu,
+                                            [&](SeqpacketProcessEcho& echo) { return echo.RoundTrip(message); });
+}
+
 void FloorEventfdRoundTrip(benchmark::State& state, bool oneCpu)
 {
     MeasureRoundTrips<EventfdPingPong>(state, oneCpu, [](EventfdPingPong& pair) { return pair.RoundTrip(); });
@@ -75,6 +82,10 @@ void FloorSeqpacketOneWay(benchmark::State& state)
 
 BENCHMARK_CAPTURE(FloorSeqpacketRoundTrip, default_placement, false)->UseRealTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(FloorSeqpacketRoundTrip, one_cpu, true)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(FloorSeqpacketProcessRoundTrip, default_placement, false)
+    ->UseRealTime()
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(FloorSeqpacketProcessRoundTrip, one_cpu, true)->UseRealTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(FloorSeqpacketOneWay)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(FloorEventfdRoundTrip, default_placement, false)->UseRealTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(FloorEventfdRoundTrip, one_cpu, true)->UseRealTime()->Unit(benchmark::kMicrosecond);

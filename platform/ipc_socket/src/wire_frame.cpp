@@ -2,14 +2,18 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace Tarvo::WireFormat {
 namespace {
+// Writes at the end of `out`, which has room (Encode sizes it first).
 template <typename T>
 void Put(std::vector<uint8_t>& out, T value)
 {
+    const size_t at = out.size();
+    out.resize(at + sizeof(T));
     for (size_t i = 0; i < sizeof(T); ++i) {
-        out.push_back(static_cast<uint8_t>(static_cast<uint64_t>(value) >> (8 * i)));
+        out[at + i] = static_cast<uint8_t>(static_cast<uint64_t>(value) >> (8 * i));
     }
 }
 
@@ -161,8 +165,15 @@ FrameReader::Status FrameReader::DecodePayload(Frame& frame)
     frame.tag = Get<uint64_t>(header_ + 24);
     frame.target = Get<uint64_t>(header_ + 32);
     frame.turn = Get<uint64_t>(header_ + 40);
-    frame.data.assign(payload_.begin(), payload_.begin() + fields.dataSize);
     frame.objects.clear();
+    filled_ = 0;
+    inPayload_ = false;
+    if (fields.count == 0) {
+        // The payload is the data: handed over, not copied.
+        frame.data = std::exchange(payload_, {});
+        return Status::FRAME;
+    }
+    frame.data.assign(payload_.begin(), payload_.begin() + fields.dataSize);
     frame.objects.reserve(fields.count);
     for (const uint8_t* entry = payload_.data() + fields.dataSize; entry < payload_.data() + payload_.size();
          entry += kEntrySize) {
@@ -176,8 +187,6 @@ FrameReader::Status FrameReader::DecodePayload(Frame& frame)
         }
         frame.objects.push_back(std::move(object));
     }
-    filled_ = 0;
-    inPayload_ = false;
     payload_ = {};
     return Status::FRAME;
 }

@@ -78,6 +78,21 @@ private:
     bool pinned_ = false;
 };
 
+inline bool SeqpacketRoundTrip(int fd, FloorMessage& message)
+{
+    return send(fd, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size()) &&
+           recv(fd, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size());
+}
+
+// Sends every message straight back until the other end closes.
+inline void EchoUntilClosed(int fd)
+{
+    FloorMessage message{};
+    ssize_t n = 0;
+    while ((n = recv(fd, message.data(), message.size(), 0)) > 0 && send(fd, message.data(), n, 0) == n) {
+    }
+}
+
 // A thread on the far end of a SEQPACKET pair that sends every message straight back.
 class SeqpacketEcho {
 public:
@@ -103,23 +118,13 @@ public:
     SeqpacketEcho& operator=(const SeqpacketEcho&) = delete;
 
     bool Ok() const { return near_ >= 0; }
-    bool RoundTrip(FloorMessage& message)
-    {
-        return send(near_, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size()) &&
-               recv(near_, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size());
-    }
+    bool RoundTrip(FloorMessage& message) { return SeqpacketRoundTrip(near_, message); }
 
 private:
     void Echo(std::optional<int> cpu)
     {
         ScopedPin pin(cpu);
-        FloorMessage message{};
-        ssize_t n = 0;
-        while ((n = recv(far_, message.data(), message.size(), 0)) > 0) {
-            if (send(far_, message.data(), n, 0) != n) {
-                break;
-            }
-        }
+        EchoUntilClosed(far_);
     }
 
     int near_ = -1;
@@ -147,11 +152,7 @@ public:
                 CPU_SET(*cpu, &one);
                 sched_setaffinity(0, sizeof(one), &one);
             }
-            FloorMessage message;
-            ssize_t n = 0;
-            while ((n = recv(fds[1], message.data(), message.size(), 0)) > 0 &&
-                   send(fds[1], message.data(), n, 0) == n) {
-            }
+            EchoUntilClosed(fds[1]);
             _exit(0);
         }
         close(fds[1]);
@@ -171,11 +172,7 @@ public:
     SeqpacketProcessEcho& operator=(const SeqpacketProcessEcho&) = delete;
 
     bool Ok() const { return near_ >= 0; }
-    bool RoundTrip(FloorMessage& message)
-    {
-        return send(near_, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size()) &&
-               recv(near_, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size());
-    }
+    bool RoundTrip(FloorMessage& message) { return SeqpacketRoundTrip(near_, message); }
 
 private:
     pid_t child_ = -1;

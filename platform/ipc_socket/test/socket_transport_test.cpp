@@ -317,6 +317,31 @@ TEST_F(SocketTransportTest, OneWayTrafficCountsWhatLeavesAndArrives)
     EXPECT_EQ(after.oneWayReceived - before.oneWayReceived, 2u);
 }
 
+int ConnectAt(const std::string& path, int type)
+{
+    int fd = socket(AF_UNIX, type, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::snprintf(address.sun_path, sizeof(address.sun_path), "%s", path.c_str());
+    return connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0 ? fd : -1;
+}
+
+// Reads until the transport hangs up, then checks that it logged exactly that drop and still serves.
+void ExpectDroppedAlone(int fd, HiviewDFX::LogCapture& capture, const sptr<IRemoteObject>& proxy,
+                        const std::shared_ptr<VirtualProcess>& caller, const std::string& reason)
+{
+    char sink[256];
+    while (recv(fd, sink, sizeof(sink), 0) > 0) {
+    }
+    close(fd);
+    ScopedProcess scope(caller);
+    EXPECT_EQ(Call(proxy, PING_TRANSACTION, 0), 0) << reason;
+    std::vector<std::string> errors = capture.Messages(HiviewDFX::LOG_ERROR);
+    ASSERT_EQ(errors.size(), 1u) << reason;
+    EXPECT_EQ(errors[0], "dropping peer pid " + std::to_string(getpid()) + " (real pid " + std::to_string(getpid()) +
+                             "): " + reason);
+}
+
 // A peer breaking the format is dropped with one line; others go on being served.
 TEST_F(SocketTransportTest, MalformedStreamsDropOnlyThatPeer)
 {
@@ -341,27 +366,15 @@ TEST_F(SocketTransportTest, MalformedStreamsDropOnlyThatPeer)
     };
     for (const Case& c : cases) {
         HiviewDFX::LogCapture capture;
-        int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::snprintf(address.sun_path, sizeof(address.sun_path), "%s", path.c_str());
-        ASSERT_EQ(connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        int fd = ConnectAt(path, SOCK_STREAM);
+        ASSERT_GE(fd, 0);
         std::vector<uint8_t> bytes = c.reason == std::string("frame before hello") ? c.bytes : hello;
         if (bytes != c.bytes) {
             bytes.insert(bytes.end(), c.bytes.begin(), c.bytes.end());
         }
         ASSERT_EQ(send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
         shutdown(fd, SHUT_WR);
-        char sink[256];
-        while (recv(fd, sink, sizeof(sink), 0) > 0) {
-        }
-        close(fd);
-        ScopedProcess scope(client_);
-        EXPECT_EQ(Call(proxy, PING_TRANSACTION, 0), 0) << c.reason;
-        std::vector<std::string> errors = capture.Messages(HiviewDFX::LOG_ERROR);
-        ASSERT_EQ(errors.size(), 1u) << c.reason;
-        EXPECT_EQ(errors[0], "dropping peer pid " + std::to_string(getpid()) + " (real pid " +
-                                 std::to_string(getpid()) + "): " + c.reason);
+        ExpectDroppedAlone(fd, capture, proxy, client_, c.reason);
     }
 }
 
@@ -393,25 +406,12 @@ TEST_F(SocketTransportTest, CallChannelsBreakingTheirRulesAreDroppedAlone)
     };
     for (const Case& c : cases) {
         HiviewDFX::LogCapture capture;
-        int fd = socket(AF_UNIX, c.type, 0);
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::snprintf(address.sun_path, sizeof(address.sun_path), "%s%s", path.c_str(),
-                      c.type == SOCK_SEQPACKET ? ".calls" : "");
-        ASSERT_EQ(connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        int fd = ConnectAt(path + (c.type == SOCK_SEQPACKET ? ".calls" : ""), c.type);
+        ASSERT_GE(fd, 0);
         for (const std::vector<uint8_t>& packet : c.packets) {
             ASSERT_EQ(send(fd, packet.data(), packet.size(), MSG_NOSIGNAL), static_cast<ssize_t>(packet.size()));
         }
-        char sink[256];
-        while (recv(fd, sink, sizeof(sink), 0) > 0) {
-        }
-        close(fd);
-        ScopedProcess scope(client_);
-        EXPECT_EQ(Call(proxy, PING_TRANSACTION, 0), 0) << c.reason;
-        std::vector<std::string> errors = capture.Messages(HiviewDFX::LOG_ERROR);
-        ASSERT_EQ(errors.size(), 1u) << c.reason;
-        EXPECT_EQ(errors[0], "dropping peer pid " + std::to_string(getpid()) + " (real pid " +
-                                 std::to_string(getpid()) + "): " + c.reason);
+        ExpectDroppedAlone(fd, capture, proxy, client_, c.reason);
     }
 }
 

@@ -153,8 +153,12 @@ int SocketTransport::Impl::CallOnChannel(const std::shared_ptr<SocketEndpoint>& 
         }
         const auto left = deadline - std::chrono::steady_clock::now();
         if (read == ChannelRead::TIMED_OUT || (read == ChannelRead::FRAME && left.count() <= 0)) {
-            // The reply may still come: it must not meet this thread's next call.
-            CloseConnection(channel);
+            // The reply may still come, and is then passed over. The handler may still run: this
+            // thread's next call takes a fresh channel rather than wait behind it, unless this is
+            // the channel the thread serves, whose other side waits on it.
+            if (tServing == nullptr || *tServing != channel) {
+                CloseConnection(channel);
+            }
             return ERR_TIMED_OUT;
         }
         if (read == ChannelRead::CLOSED) {

@@ -109,11 +109,15 @@ void SocketTransport::Impl::OnEnded(const std::shared_ptr<SocketConnection>& con
     }
     // What the peer's death does runs when the device says, at the same point on every run.
     std::lock_guard<std::mutex> lock(mutex_);
-    if (!connection->closed && connection->watchId != 0) {
+    if (connection->closed || connection->ended) {
+        return;
+    }
+    connection->ended = true;
+    if (connection->watchId != 0) {
         Unwatch(connection->watchId, connection->fd);
         connection->watchId = 0;
-        WakeWaitersLocked(*connection);
     }
+    WakeWaitersLocked(*connection);
 }
 
 void SocketTransport::Impl::PeerDied(int32_t pid)

@@ -57,6 +57,8 @@ struct SocketConnection {
     bool inProcess = false;
     bool established = false;
     std::atomic<bool> closed{false};
+    // The peer has gone, and its death waits to be told (under mutex_).
+    bool ended = false;
     std::mutex writeMutex;
     WireFormat::FrameReader reader;  // I/O thread only
     // Objects of frames sent on this connection, kept until the peer frees the frame.
@@ -267,8 +269,6 @@ public:
     std::map<std::pair<int32_t, uint64_t>, WorkTracker::Token> handedOver_;
     std::map<std::string, NamedBinding> named_;
     std::atomic<bool> deathsWhenTold_{false};
-    std::atomic<uint64_t> oneWaySent_{0};
-    std::atomic<uint64_t> oneWayReceived_{0};
     uint64_t nextCookie_ = 1;
     uint64_t nextHandle_ = 1;
     uint64_t nextId_ = 1;

@@ -102,7 +102,7 @@ void SocketTransport::Impl::WakeWaitersLocked(const SocketConnection& connection
 
 void SocketTransport::Impl::OnEnded(const std::shared_ptr<SocketConnection>& connection)
 {
-    // The holders of well-known names (the device itself) are not told of: they go at once.
+    // Nobody tells of the end of a well-known name's holder (the device itself): it counts at once.
     if (!deathsWhenTold_ || connection->inProcess || connection->toName) {
         CloseConnection(connection);
         return;

@@ -1,6 +1,7 @@
 // The service's reader, walked node by node: the same dispatch by name, the same checks, and for
 // each node what became of it.
 
+#include <algorithm>
 #include <charconv>
 #include <memory>
 #include <set>
@@ -52,6 +53,22 @@ std::string ReadNodeError(const std::string& name)
 bool IsValid(const xmlNode& node)
 {
     return node.name != nullptr && node.type != XML_COMMENT_NODE;
+}
+
+// Texts, comments and CDATA sections carry the line they end on; a finding points at their start
+// (a text's: its first visible character).
+long LineOf(const xmlNode& node)
+{
+    if (node.type != XML_TEXT_NODE && node.type != XML_COMMENT_NODE && node.type != XML_CDATA_SECTION_NODE) {
+        return xmlGetLineNo(&node);
+    }
+    const std::string_view content = node.content != nullptr ? reinterpret_cast<const char*>(node.content) : "";
+    long line = static_cast<long>(node.line) - std::count(content.begin(), content.end(), '\n');
+    if (node.type == XML_TEXT_NODE) {
+        const std::string_view blank = content.substr(0, content.find_first_not_of(" \t\r\n"));
+        line += std::count(blank.begin(), blank.end(), '\n');
+    }
+    return node.line != 0 ? std::max(line, 1L) : 0;
 }
 
 std::string What(const xmlNode& node)
@@ -123,7 +140,7 @@ public:
     void RootChild(xmlNode& node);
 
 private:
-    void Add(const xmlNode& node, std::string text) { findings_.push_back({xmlGetLineNo(&node), std::move(text)}); }
+    void Add(const xmlNode& node, std::string text) { findings_.push_back({LineOf(node), std::move(text)}); }
     void Switch(xmlNode& node, const std::string& name);
     void Numbers(xmlNode& node, const std::string& name);
     void Scenes(xmlNode& section);
@@ -168,7 +185,7 @@ void Reader::Switch(xmlNode& node, const std::string& name)
         text += " (" + Quoted(value) + " is not the exact word \"true\")";
     }
     Add(node, text + Replaces(tables_.switches, name));
-    tables_.switches[name] = {on, xmlGetLineNo(&node)};
+    tables_.switches[name] = {on, LineOf(node)};
 }
 
 void Reader::Numbers(xmlNode& node, const std::string& name)
@@ -199,7 +216,7 @@ void Reader::Numbers(xmlNode& node, const std::string& name)
         start = space == std::string_view::npos ? space : space + 1;
     }
     Add(node, "read into the number-list table: " + name + " = " + shown + Replaces(tables_.numbers, name));
-    tables_.numbers[name] = {std::move(numbers), xmlGetLineNo(&node)};
+    tables_.numbers[name] = {std::move(numbers), LineOf(node)};
 }
 
 void Reader::Scenes(xmlNode& section)
@@ -214,7 +231,7 @@ void Reader::Scenes(xmlNode& section)
         } else if (Str(child->name) != SCENE_ENTRY) {
             Add(*child, "ignored: " + What(*child) + " in sceneConfig");
         } else if (!SceneEntry(*child)) {
-            stoppedAt = xmlGetLineNo(child);
+            stoppedAt = LineOf(*child);
         }
     }
 }
@@ -239,7 +256,7 @@ bool Reader::SceneEntry(xmlNode& entry)
         text += " (" + Quoted(value) + " is not \"1\")";
     }
     Add(entry, text + Replaces(tables_.scenes, sceneName));
-    tables_.scenes[sceneName] = {value == "1", xmlGetLineNo(&entry)};
+    tables_.scenes[sceneName] = {value == "1", LineOf(entry)};
     return true;
 }
 }  // namespace
@@ -249,9 +266,8 @@ bool ReadLikeTheService(xmlDocPtr doc, ReadTables* tables, Findings* findings)
     xmlNodePtr root = xmlDocGetRootElement(doc);
     if (root == nullptr || Str(root->name) != ROOT_NAME) {
         const std::string what = root == nullptr ? "no root element" : "the root element is " + Quoted(Str(root->name));
-        findings->push_back(
-            {root != nullptr ? xmlGetLineNo(root) : 0,
-             "rejected: " + what + ", not \"ZelConfigs\" " + Logs("[ZelConfig] get root element failed!")});
+        findings->push_back({root != nullptr ? LineOf(*root) : 0, "rejected: " + what + ", not \"ZelConfigs\" " +
+                                                                      Logs("[ZelConfig] get root element failed!")});
         return false;
     }
     Reader reader(tables, findings);

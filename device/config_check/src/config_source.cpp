@@ -2,12 +2,14 @@
 // libxml2's own diagnostics and the schema's turned into findings.
 
 #include <fcntl.h>
+#include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/xmlschemas.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -20,7 +22,7 @@ constexpr off_t SIZE_LIMIT = 1024 * 1024;
 constexpr int PARSE_OPTIONS = XML_PARSE_NOBLANKS | XML_PARSE_NONET;
 constexpr const char* LOAD_ERROR = "[ZelConfig] load xml error!";
 // libxml2's messages may quote a whole value.
-constexpr size_t SHOWN_MESSAGE_CHARS = 200;
+constexpr size_t SHOWN_MESSAGE_CHARS = 400;
 
 struct Diagnostics {
     Findings* findings = nullptr;
@@ -67,6 +69,17 @@ void StopAtDoctype(void* parser, const xmlChar* /* name */, const xmlChar* /* pu
     diagnostics->doctypeLine = ctxt->input != nullptr ? ctxt->input->line : 0;
     diagnostics->stopped = true;
     xmlStopParser(ctxt);
+}
+
+// libxml2 gives a CDATA section no line; it gets the one it ends on, as texts and comments have.
+void CdataWithLine(void* parser, const xmlChar* value, int length)
+{
+    auto* ctxt = static_cast<xmlParserCtxtPtr>(parser);
+    xmlSAX2CDataBlock(parser, value, length);
+    xmlNodePtr last = ctxt->node != nullptr ? ctxt->node->last : nullptr;
+    if (last != nullptr && last->type == XML_CDATA_SECTION_NODE && last->line == 0 && ctxt->input != nullptr) {
+        last->line = static_cast<unsigned short>(std::clamp(ctxt->input->line, 0, 65535));
+    }
 }
 
 // Whatever libxml2 reports outside the handlers set below (the schema file's own parse) lands in
@@ -141,6 +154,7 @@ xmlDocPtr Parse(const std::string& content, Findings* findings)
     ctxt->sax->serror = CollectFromParser;
     // Refused before its subset is read, so no declaration in it costs anything.
     ctxt->sax->internalSubset = StopAtDoctype;
+    ctxt->sax->cdataBlock = CdataWithLine;
     (void)xmlParseDocument(ctxt);
     xmlDocPtr doc = ctxt->wellFormed != 0 && !diagnostics.stopped ? ctxt->myDoc : nullptr;
     if (doc == nullptr && ctxt->myDoc != nullptr) {

@@ -56,8 +56,8 @@ public:
     {
         const NumberList* list = List(name);
         if (list != nullptr && list->value.size() > used) {
-            Add(list->line, "ignored: " + name + " holds " + Numbers(list->value.size()) +
-                                ", the service uses the first " + std::to_string(used));
+            Add(list->line, "ignored: " + name + " holds " + Numbers(list->value.size()) + ", the service uses " +
+                                (used == 1 ? std::string("only the first") : "the first " + std::to_string(used)));
         }
     }
 

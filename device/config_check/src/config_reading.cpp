@@ -71,6 +71,15 @@ long LineOf(const xmlNode& node)
     return node.line != 0 ? std::max(line, 1L) : 0;
 }
 
+// Layout kept beside other text (the parser drops it only between elements): no finding, since
+// neither the service nor its author gives it a meaning.
+bool IsBlank(const xmlNode& node)
+{
+    const char* text = reinterpret_cast<const char*>(node.content);
+    return node.type == XML_TEXT_NODE &&
+           (text == nullptr || std::string_view(text).find_first_not_of(" \t\r\n") == std::string_view::npos);
+}
+
 std::string What(const xmlNode& node)
 {
     switch (node.type) {
@@ -153,6 +162,9 @@ private:
 
 void Reader::RootChild(xmlNode& node)
 {
+    if (IsBlank(node)) {
+        return;
+    }
     if (!IsValid(node)) {
         Add(node, "ignored: " + What(node) + " in ZelConfigs " + Logs(INVALID_NODE));
         return;
@@ -223,6 +235,9 @@ void Reader::Scenes(xmlNode& section)
 {
     long stoppedAt = 0;
     for (xmlNodePtr child = section.children; child != nullptr; child = child->next) {
+        if (IsBlank(*child)) {
+            continue;
+        }
         if (stoppedAt != 0) {
             Add(*child,
                 "ignored: " + What(*child) + ": sceneConfig was abandoned at line " + std::to_string(stoppedAt));

@@ -16,9 +16,14 @@ constexpr const char* NO_BRIGHTNESS = "start: no brightness listener";
 constexpr const char* NO_SCENES = "start: scene catalogue empty: every scene request is refused";
 constexpr const char* UNKNOWN_SCENE = "FrameRateControl findSceneInfo not exists scene";
 
+std::string Counted(size_t count, const std::string& thing)
+{
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
 std::string Numbers(size_t count)
 {
-    return count == 1 ? "1 number" : std::to_string(count) + " numbers";
+    return Counted(count, "number");
 }
 
 std::string Joined(const std::vector<int32_t>& values)
@@ -214,7 +219,7 @@ void TellPowerAndScenes(Teller& teller)
     }
     const auto held =
         std::count_if(scenes.begin(), scenes.end(), [](const auto& scene) { return !scene.second.value; });
-    teller.Add(0, "start: scene catalogue of " + std::to_string(scenes.size()) + " scenes, " + std::to_string(held) +
+    teller.Add(0, "start: scene catalogue of " + Counted(scenes.size(), "scene") + ", " + std::to_string(held) +
                       " not interruptible; other scene names are refused");
 }
 }  // namespace

@@ -189,18 +189,22 @@ TEST_F(ConfigCheckTest, TheStartFollowsWhatEachReaderAccepts)
         "the style is stored as 0 and nothing else)";
     const std::string unusable = ": start: resolution mode ";
     const std::string change = " cannot be chosen (a request for it changes nothing): ";
+    const std::string brightnessAbsent =
+        "-: start: no brightness listener: ambientBrightnessThreshold is absent" + noBrightness;
+    const std::string boundsAbsent =
+        "-: start: default game callback bounds: 1000 packages, 5 callbacks per package: maxCallbackSize is absent" +
+        noBounds;
+    const std::string gameAbsent =
+        "-: start: game feature off, game registrations are refused: supperGameFpsSolution is absent" +
+        Logs("GameFpsPolicy::SetGameFpsSwtich no config game fps swtich.");
+    const std::string powerAbsent = "-: start: power-save votes 120 in every mode (the default): powermode is absent";
     const struct {
         std::string body;
         std::vector<std::string> expected;
     } cases[] = {
         {"",
-         {"-: start: no resolution change support: supportResolutionChange is absent" + noSupport,
-          "-: start: no brightness listener: ambientBrightnessThreshold is absent" + noBrightness,
-          "-: start: default game callback bounds: 1000 packages, 5 callbacks per package: maxCallbackSize is absent" +
-              noBounds,
-          "-: start: game feature off, game registrations are refused: supperGameFpsSolution is absent" +
-              Logs("GameFpsPolicy::SetGameFpsSwtich no config game fps swtich."),
-          "-: start: power-save votes 120 in every mode (the default): powermode is absent", NO_SCENES}},
+         {"-: start: no resolution change support: supportResolutionChange is absent" + noSupport, brightnessAbsent,
+          boundsAbsent, gameAbsent, powerAbsent, NO_SCENES}},
         {"<supportResolutionChange enable=\"true\"/>\n<supperGameFpsSolution enable=\"false\"/>\n"
          "<resolutionStyle>2 9</resolutionStyle>\n<defaultResolutionMode>4</defaultResolutionMode>\n"
          "<highLevel>1200 2600 540 1</highLevel>\n<middleLevel>900 0 405</middleLevel>\n<lowLevel>600 1300</lowLevel>\n"
@@ -222,7 +226,7 @@ TEST_F(ConfigCheckTest, TheStartFollowsWhatEachReaderAccepts)
           "4: start: game feature off, game registrations are refused",
           "11: rejected: powermode holds 1 number, its reader takes exactly 2",
           "11: start: power-save votes 120 in every mode (the default)",
-          "-: start: scene catalogue of 1 scenes, 0 not interruptible; other scene names are refused"}},
+          "-: start: scene catalogue of 1 scene, 0 not interruptible; other scene names are refused"}},
         {"<supportResolutionChange enable=\"true\"/>\n<defaultResolutionMode>2</defaultResolutionMode>\n"
          "<maxCallbackSize>10 2 1</maxCallbackSize>\n<powermode>0 90</powermode>\n"
          "<ambientBrightnessThreshold>3 2 1</ambientBrightnessThreshold>",
@@ -233,31 +237,21 @@ TEST_F(ConfigCheckTest, TheStartFollowsWhatEachReaderAccepts)
           "-" + unusable + "2" + change + "middleLevel is absent", "-" + unusable + "1" + change + "lowLevel is absent",
           "7: start: brightness listener registered with the thresholds 3 2 1",
           "5: rejected: maxCallbackSize holds 3 numbers, its reader takes exactly 2",
-          "5: start: default game callback bounds: 1000 packages, 5 callbacks per package" + noBounds,
-          "-: start: game feature off, game registrations are refused: supperGameFpsSolution is absent" +
-              Logs("GameFpsPolicy::SetGameFpsSwtich no config game fps swtich."),
+          "5: start: default game callback bounds: 1000 packages, 5 callbacks per package" + noBounds, gameAbsent,
           "6: start: power-save mode 601 votes 0, every other mode 90", NO_SCENES}},
         {"<supportResolutionChange enable=\"false\"/>\n<middleLevel>900 1950 405</middleLevel>\n"
          "<resolutionStyle>7</resolutionStyle><defaultResolutionMode>1</defaultResolutionMode>"
          "<maxCallbackSize>3 2</maxCallbackSize>",
          {"3: start: no resolution change support: supportResolutionChange is false" + noSupport,
           "-" + unusable + "3" + change + "highLevel is absent", "-" + unusable + "1" + change + "lowLevel is absent",
-          "-: start: no brightness listener: ambientBrightnessThreshold is absent" + noBrightness,
-          "5: start: game callback bounds: 3 packages, 2 callbacks per package",
-          "-: start: game feature off, game registrations are refused: supperGameFpsSolution is absent" +
-              Logs("GameFpsPolicy::SetGameFpsSwtich no config game fps swtich."),
-          "-: start: power-save votes 120 in every mode (the default): powermode is absent", NO_SCENES}},
+          brightnessAbsent, "5: start: game callback bounds: 3 packages, 2 callbacks per package", gameAbsent,
+          powerAbsent, NO_SCENES}},
         {"<supportResolutionChange enable=\"true\"/><resolutionStyle>0</resolutionStyle>\n"
          "<defaultResolutionMode>1</defaultResolutionMode><lowLevel>600 1300 270</lowLevel>",
          {supported, "4: start: a first boot stores resolution mode 1, style 0, high 0x0, middle 0x0, low 600x1300",
           "-" + unusable + "3" + change + "highLevel is absent",
-          "-" + unusable + "2" + change + "middleLevel is absent",
-          "-: start: no brightness listener: ambientBrightnessThreshold is absent" + noBrightness,
-          "-: start: default game callback bounds: 1000 packages, 5 callbacks per package: maxCallbackSize is absent" +
-              noBounds,
-          "-: start: game feature off, game registrations are refused: supperGameFpsSolution is absent" +
-              Logs("GameFpsPolicy::SetGameFpsSwtich no config game fps swtich."),
-          "-: start: power-save votes 120 in every mode (the default): powermode is absent", NO_SCENES}},
+          "-" + unusable + "2" + change + "middleLevel is absent", brightnessAbsent, boundsAbsent, gameAbsent,
+          powerAbsent, NO_SCENES}},
     };
     for (const auto& c : cases) {
         const ConfigCheck check = CheckConfigFile(Config(c.body));

@@ -47,7 +47,6 @@ enum class AgentCode : uint32_t {
     FAULT,  // id: pid, flag: fail
     WATCH,  // order: the line and what it goes to
     SEND,   // order, object: the callback a raw request goes to, or REGISTER's name
-    COUNT,  // reply: work in flight and one-way traffic
     // Virtual time shared by the processes (a fleet the controller drives):
     NEXT_DUE,  // reply: due, the earliest due time of this process's tasks
     MOVE,      // time: the clock reads it; this process reserves the turns of its due tasks
@@ -56,7 +55,7 @@ enum class AgentCode : uint32_t {
 inline constexpr uint32_t kLastAgentCode = static_cast<uint32_t>(AgentCode::DEATH);
 
 struct AgentControl {
-    AgentCode code = AgentCode::COUNT;
+    AgentCode code = AgentCode::NEXT_DUE;
     std::string key;
     std::string value;
     std::optional<std::string> bundle;
@@ -73,12 +72,9 @@ struct AgentControl {
 struct AgentReply {
     bool ok = true;
     std::string error;
-    SendOutcome outcome;          // SEND
-    sptr<IRemoteObject> object;   // SEND of REGISTER: the callback object made
-    int64_t inFlight = 0;         // COUNT: besides the count request itself
-    uint64_t oneWaySent = 0;      // COUNT
-    uint64_t oneWayReceived = 0;  // COUNT
-    int64_t due = -1;             // NEXT_DUE: ms, -1 when nothing is due
+    SendOutcome outcome;         // SEND
+    sptr<IRemoteObject> object;  // SEND of REGISTER: the callback object made
+    int64_t due = -1;            // NEXT_DUE: ms, -1 when nothing is due
 };
 
 bool WriteControl(const AgentControl& control, MessageParcel& data);

@@ -8,9 +8,9 @@
 // the others attach to. Every control is a synchronous request to the process that owns what it
 // touches, made from the calling thread.
 //
-// Contract: as DeviceControl. On the real clock WaitQuiet counts work in flight in every process
-// and the one-way requests on their way between them. In virtual time every process maps the
-// clock, the line of turns and the work count from RUNDIR/time, and the controller moves time
+// Contract: as DeviceControl. Every process counts its work in flight in the page RUNDIR/time, a
+// one-way request on its way in its receiver's share, so WaitQuiet sees the whole device. In
+// virtual time the processes also share the clock and the line of turns there, and the controller moves time
 // through each of them in a fixed order, so a scenario gives the in-process device's trace; a
 // death is told to every process by the controller, in a fixed order too. Trace fields that hold a
 // real pid may differ from the in-process device's.
@@ -35,8 +35,8 @@ namespace Tarvo::Emu {
 
 struct ProcessDeviceSetup {
     DeviceSetup device;
-    std::string runDir;      // empty: a temporary one, removed with the device
-    std::string executable;  // zel_device, run as `zel_device process`; empty: this program
+    std::string runDir;        // empty: a temporary one, removed with the device
+    std::string executable;    // zel_device, run as `zel_device process`; empty: this program
     bool virtualTime = false;  // installed by the device, before its processes start
 };
 
@@ -101,12 +101,6 @@ private:
         sptr<IRemoteObject> object;
         std::string owner;  // the name of the process it lives in
     };
-    struct Counts {
-        int64_t inFlight = 0;
-        uint64_t sent = 0;
-        uint64_t received = 0;
-        bool operator==(const Counts&) const = default;
-    };
 
     bool Start();
     bool StartChild(const std::string& name, const std::string& role, const std::string& arg,
@@ -128,7 +122,6 @@ private:
     bool Deliver(Child& from, const RequestOrder& order, const sptr<IRemoteObject>& object, const std::string& watcher,
                  std::string* error, AgentReply* reply = nullptr);
     bool SyncCatalog(const std::string& name, std::string* error);
-    std::map<int32_t, Counts> CountAll();
     class Fleet;
     bool Fail(std::string* error, const std::string& reason) const;
 

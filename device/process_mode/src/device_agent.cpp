@@ -217,16 +217,14 @@ bool WriteReply(const AgentReply& reply, MessageParcel& data)
 {
     return data.WriteBool(reply.ok) && data.WriteString(reply.error) && data.WriteBool(reply.outcome.sent) &&
            data.WriteInt32(reply.outcome.status) && WriteValue(reply.outcome.result, data) &&
-           data.WriteInt64(reply.inFlight) && data.WriteUint64(reply.oneWaySent) &&
-           data.WriteUint64(reply.oneWayReceived) && data.WriteInt64(reply.due) && WriteObject(reply.object, data);
+           data.WriteInt64(reply.due) && WriteObject(reply.object, data);
 }
 
 bool ReadReply(MessageParcel& data, AgentReply* reply)
 {
     return data.ReadBool(reply->ok) && data.ReadString(reply->error) && data.ReadBool(reply->outcome.sent) &&
            data.ReadInt32(reply->outcome.status) && ReadValue(data, &reply->outcome.result) &&
-           data.ReadInt64(reply->inFlight) && data.ReadUint64(reply->oneWaySent) &&
-           data.ReadUint64(reply->oneWayReceived) && data.ReadInt64(reply->due) && ReadObject(data, &reply->object);
+           data.ReadInt64(reply->due) && ReadObject(data, &reply->object);
 }
 
 bool WriteEvent(const std::string& ev, const std::vector<TraceField>& fields, MessageParcel& data)

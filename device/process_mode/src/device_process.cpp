@@ -20,8 +20,10 @@
 #include "ipc_types.h"
 #include "iservice_registry.h"
 #include "process_registry.h"
+#include "run_dir.h"
 #include "sequencer.h"
 #include "service_host.h"
+#include "shared_time_page.h"
 #include "socket_transport.h"
 #include "virtual_clock.h"
 #include "work_tracker.h"
@@ -113,7 +115,6 @@ private:
     bool StartService(std::string* error);
     void HandleService(const AgentControl& control, AgentReply* reply);
     void Send(const AgentControl& control, AgentReply* reply);
-    void Count(AgentReply* reply);
 
     const ProcessArgs args_;
     ForwardingTrace trace_;
@@ -196,15 +197,6 @@ bool DeviceProcess::Attach(const sptr<IRemoteObject>& hub, std::string* error)
     return true;
 }
 
-void DeviceProcess::Count(AgentReply* reply)
-{
-    // Besides the count request being handled.
-    reply->inFlight = WorkTracker::GetInstance().InFlight() - 1;
-    SocketTransport::Traffic traffic = static_cast<SocketTransport&>(IPCTransport::Get()).OneWayTraffic();
-    reply->oneWaySent = traffic.oneWaySent;
-    reply->oneWayReceived = traffic.oneWayReceived;
-}
-
 void DeviceProcess::Send(const AgentControl& control, AgentReply* reply)
 {
     IPCTransport::ScopedTag tag(static_cast<uint64_t>(control.order.line));
@@ -278,8 +270,6 @@ void DeviceProcess::Handle(const AgentControl& control, AgentReply* reply)
         case AgentCode::FAULT:
             IPCTransport::Get().SetTransportFault(control.id, control.flag);
             return;
-        case AgentCode::COUNT:
-            return Count(reply);
         case AgentCode::NEXT_DUE:
             if (std::optional<PlatformClock::time_point> due = VirtualClock::NextDueHere()) {
                 reply->due = std::chrono::duration_cast<std::chrono::milliseconds>(due->time_since_epoch()).count();
@@ -323,8 +313,10 @@ int RunDeviceProcess(const std::vector<std::string>& args)
         fprintf(stderr, "zel_device process: usage: ROLE [ARG] --dir RUNDIR --data DIR [--log] [--virtual-time]\n");
         return 2;
     }
+    // The device's work count, and in virtual time its clock and turns too.
     std::string error;
-    if (parsed.virtualTime && !VirtualClock::InstallShared(parsed.runDir + "/time", error)) {
+    const std::string page = RunDir::TimePagePath(parsed.runDir);
+    if (parsed.virtualTime ? !VirtualClock::InstallShared(page, error) : !SharedTimePage::Attach(page, error)) {
         fprintf(stderr, "zel_device process %s: %s\n", parsed.role.c_str(), error.c_str());
         return 1;
     }

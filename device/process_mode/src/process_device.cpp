@@ -72,8 +72,7 @@ bool ProcessDevice::Start()
     executable_ = setup_.executable.empty() ? Executable() : setup_.executable;
     registry_ = std::make_unique<ProcessRegistry>(runPath_ + "/registry");
     const ProcessIdentity self = NativeIdentity(CONTROLLER_PID, "zel_device");
-    if (!VirtualProcess::SetHostIdentity(self) ||
-        !IPCTransport::Install(new SocketTransport({runPath_})) ||
+    if (!VirtualProcess::SetHostIdentity(self) || !IPCTransport::Install(new SocketTransport({runPath_})) ||
         !registry_->Register(getpid(), {self}, &failure_)) {
         return Fail(&failure_, failure_.empty() ? "the transport between processes could not be installed" : failure_);
     }

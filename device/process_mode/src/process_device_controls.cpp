@@ -14,8 +14,6 @@ namespace {
 using namespace DeviceLayout;
 constexpr int32_t STATE_FOREGROUND = 2;
 constexpr const char* kCatalogReaders[] = {"app_manager", "bundle_manager", "app_category", "component_scheduler"};
-// Stable waves with one-way counts that do not add up: requests lost with a process that died.
-constexpr int kLostTrafficWaves = 3;
 
 AgentControl Make(AgentCode code)
 {
@@ -282,56 +280,11 @@ void ProcessDevice::Shutdown()
     }
 }
 
-std::map<int32_t, ProcessDevice::Counts> ProcessDevice::CountAll()
-{
-    std::map<int32_t, Counts> counts;
-    for (const auto& [name, child] : children_) {
-        AgentReply reply;
-        std::string ignored;
-        // A process that died has nothing in flight any more.
-        if (Control(name, Make(AgentCode::COUNT), &ignored, &reply)) {
-            counts[child.pid] = Counts{reply.inFlight, reply.oneWaySent, reply.oneWayReceived};
-        }
-    }
-    SocketTransport::Traffic own = static_cast<SocketTransport&>(IPCTransport::Get()).OneWayTraffic();
-    counts[CONTROLLER_PID] = Counts{WorkTracker::GetInstance().InFlight(), own.oneWaySent, own.oneWayReceived};
-    return counts;
-}
-
-// Quiet once two waves of counts in a row find nothing in flight, nothing changed between them
-// and every one-way request sent received (so none is on its way in a socket).
+// Every process counts its work in the device's page, and one-way requests on their way in their
+// receiver's share.
 bool ProcessDevice::WaitQuiet(std::chrono::milliseconds stallLimit)
 {
-    if (setup_.virtualTime) {
-        return VirtualClock::WaitQuiet(stallLimit);
-    }
-    std::map<int32_t, Counts> previous;
-    auto lastChange = std::chrono::steady_clock::now();
-    int stable = 0;
-    for (;;) {
-        std::map<int32_t, Counts> counts = CountAll();
-        bool idle = true;
-        uint64_t sent = 0;
-        uint64_t received = 0;
-        for (const auto& [pid, count] : counts) {
-            idle = idle && count.inFlight <= 0;
-            sent += count.sent;
-            received += count.received;
-        }
-        if (counts != previous) {
-            lastChange = std::chrono::steady_clock::now();
-            stable = 0;
-        } else if (idle && (sent == received || ++stable >= kLostTrafficWaves)) {
-            return true;
-        }
-        if (std::chrono::steady_clock::now() - lastChange > stallLimit) {
-            return false;
-        }
-        previous = std::move(counts);
-        if (!idle) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    }
+    return VirtualClock::WaitQuiet(stallLimit);
 }
 
 }  // namespace Tarvo::Emu

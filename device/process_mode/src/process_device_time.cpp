@@ -53,18 +53,18 @@ private:
 
 bool ProcessDevice::StartTime()
 {
-    if (!setup_.virtualTime) {
-        return true;
-    }
-    const std::string page = runPath_ + "/time";
+    const std::string page = RunDir::TimePagePath(runPath_);
     std::string reason;
     std::error_code ignored;
-    // Left by a device that died in this folder.
+    // Left by a device that died in a folder it was given.
     std::filesystem::remove(page, ignored);
-    if (!SharedTimePage::Make(page, reason) || !VirtualClock::InstallShared(page, reason)) {
-        return Fail(&failure_, "virtual time cannot be shared: " + reason);
+    if (!SharedTimePage::Make(page, reason) ||
+        !(setup_.virtualTime ? VirtualClock::InstallShared(page, reason) : SharedTimePage::Attach(page, reason))) {
+        return Fail(&failure_, "the device's time page cannot be shared: " + reason);
     }
-    VirtualClock::SetFleet(std::make_shared<Fleet>(*this));
+    if (setup_.virtualTime) {
+        VirtualClock::SetFleet(std::make_shared<Fleet>(*this));
+    }
     return true;
 }
 
@@ -80,12 +80,12 @@ std::vector<ProcessDevice::Child*> ProcessDevice::ByPid()
 
 void ProcessDevice::Bury(Child& child)
 {
+    Sequencer::Forget(child.process->Pid());
+    WorkTracker::GetInstance().Forget(child.process->Pid());
     if (!setup_.virtualTime) {
         // On the real clock each process learns of it as its connections close.
         return;
     }
-    Sequencer::Forget(child.process->Pid());
-    WorkTracker::GetInstance().Forget(child.process->Pid());
     static_cast<SocketTransport&>(IPCTransport::Get()).PeerDied(child.pid);
     AgentControl control;
     control.code = AgentCode::DEATH;

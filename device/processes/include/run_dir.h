@@ -35,6 +35,8 @@ public:
     std::string SocketDir() const { return path_ + "/sock"; }
     std::string RegistryDir() const { return path_ + "/registry"; }
     std::string ContextSocketPath() const { return path_ + "/samgr"; }
+    // The device's time page (clock, turns, work in flight), shared by its processes.
+    static std::string TimePagePath(const std::string& path) { return path + "/time"; }
     std::string LockPath() const { return path_ + "/lock"; }
 
     // Leave the folder in place when this object goes (the destructor removes it otherwise).

@@ -213,6 +213,7 @@ std::unique_ptr<RunDir> RunDir::Take(std::string dir, bool created, std::string*
         return nullptr;
     }
     unlink(runDir->ContextSocketPath().c_str());
+    unlink(TimePagePath(runDir->Path()).c_str());
     return runDir;
 }
 
@@ -225,6 +226,7 @@ void RunDir::Remove()
     fs::remove_all(SocketDir(), ec);
     fs::remove_all(RegistryDir(), ec);
     unlink(ContextSocketPath().c_str());
+    unlink(TimePagePath(path_).c_str());
     // Unlinked while still locked: a device opening it meanwhile sees the file change and retries.
     unlink(LockPath().c_str());
     if (ownsFolder_) {

@@ -3,7 +3,10 @@
 
 // The arguments of zel_device:
 //   zel_device run SCENARIO [--trace FILE|-] [--chart FILE.svg] [--data-dir DIR] [--realtime] [--quiet] [--log]
-//   [--processes] zel_device check SCENARIO zel_device serve [--dir RUNDIR] [--data-dir DIR] [--config FILE] [--log]
+//   [--processes]
+//   zel_device check SCENARIO
+//   zel_device check-config FILE
+//   zel_device serve [--dir RUNDIR] [--data-dir DIR] [--config FILE] [--log]
 //   zel_device send [--dir RUNDIR] [LINE...]      (no LINE: lines from stdin)
 //   zel_device trace [--dir RUNDIR] [-f]
 //   zel_device --help | --version
@@ -16,10 +19,10 @@
 namespace Tarvo::Emu {
 
 struct CommandLine {
-    enum class Mode { RUN, CHECK, SERVE, SEND, TRACE, HELP, VERSION };
+    enum class Mode { RUN, CHECK, CHECK_CONFIG, SERVE, SEND, TRACE, HELP, VERSION };
 
     Mode mode = Mode::HELP;
-    std::string scenario;
+    std::string scenario;              // check-config: the configuration file
     std::optional<std::string> trace;  // "-": stdout
     std::optional<std::string> chart;
     std::optional<std::string> dataDir;

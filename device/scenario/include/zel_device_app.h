@@ -4,7 +4,8 @@
 // What zel_device does, apart from the process around it: reads the command line and the
 // scenario, makes the device, plays, writes the outputs, and turns the result into the exit status
 // (0 played and every expect held; 1 the device or the service failed; 2 usage or scenario
-// errors, nothing played; 3 an expect failed). An interrupted run ends with 128 + the signal's number
+// errors, nothing played; 3 an expect failed). check-config exits 0 when the service would load the
+// file, 2 when not. An interrupted run ends with 128 + the signal's number
 // (see interrupt_cleanup.h).
 //
 // Contract:
@@ -51,6 +52,7 @@ public:
 
 private:
     int Check(const CommandLine& line);
+    int CheckConfig(const CommandLine& line);
     int Run(const CommandLine& line);
     int Play(const CommandLine& line, const Scenario& scenario, std::ostream* trace);
     bool Load(const std::string& path, Scenario* scenario);

@@ -91,6 +91,14 @@ bool CommandLine::Parse(const std::vector<std::string>& args, CommandLine* line,
         line->mode = command == "serve" ? Mode::SERVE : command == "send" ? Mode::SEND : Mode::TRACE;
         return ParseDeviceCommand(args, line, error);
     }
+    if (command == "check-config") {
+        line->mode = Mode::CHECK_CONFIG;
+        if (args.size() != 2 || (args[1].size() > 1 && args[1][0] == '-')) {
+            return Fail("check-config takes one FILE and no options", error);
+        }
+        line->scenario = args[1];
+        return true;
+    }
     if (command != "run" && command != "check") {
         return Fail("unknown command " + Shown(command), error);
     }
@@ -121,6 +129,7 @@ const char* CommandLine::Usage()
            "  zel_device run SCENARIO [--trace FILE|-] [--chart FILE.svg] [--data-dir DIR] [--realtime] [--quiet] "
            "[--log] [--processes]\n"
            "  zel_device check SCENARIO\n"
+           "  zel_device check-config FILE\n"
            "  zel_device serve [--dir RUNDIR] [--data-dir DIR] [--config FILE] [--log]\n"
            "  zel_device send [--dir RUNDIR] [LINE...]\n"
            "  zel_device trace [--dir RUNDIR] [-f]\n"
@@ -135,6 +144,9 @@ const char* CommandLine::Usage()
            "  --log             the platform log on stderr\n"
            "  --processes       every emulated process a real one\n"
            "check only parses SCENARIO and reports every error.\n"
+           "check-config tells what the service would do with the configuration FILE, one finding a line as\n"
+           "LINE: what (- for the file as a whole): the schema's verdict, what is read into which table, what is\n"
+           "ignored or rejected, what the service decides at start; exit 0 when the service loads FILE, 2 when not.\n"
            "serve boots a device on the real clock and keeps it running until SIGTERM or SIGINT; send plays\n"
            "scenario lines without TIME on it (from stdin when none are given) and prints their requests'\n"
            "results; trace prints its trace so far (-f: and follows it). RUNDIR defaults to\n"

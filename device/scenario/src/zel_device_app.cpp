@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "chart_writer.h"
+#include "config_check.h"
 #include "control_channel.h"
 #include "control_client.h"
 #include "input_text.h"
@@ -49,6 +50,8 @@ int ZelDeviceApp::Main(const std::vector<std::string>& args)
             return EXIT_OK;
         case CommandLine::Mode::CHECK:
             return Check(line);
+        case CommandLine::Mode::CHECK_CONFIG:
+            return CheckConfig(line);
         case CommandLine::Mode::SERVE:
             return Serve(line);
         case CommandLine::Mode::SEND:
@@ -84,6 +87,15 @@ int ZelDeviceApp::Check(const CommandLine& line)
     }
     out_ << line.scenario << ": ok, " << scenario.lines.size() << " commands, ends at " << scenario.endTime << " ms\n";
     return EXIT_OK;
+}
+
+int ZelDeviceApp::CheckConfig(const CommandLine& line)
+{
+    const ConfigCheck check = CheckConfigFile(line.scenario);
+    for (const ConfigFinding& finding : check.findings) {
+        out_ << FormatFinding(finding) << '\n';
+    }
+    return check.loads ? EXIT_OK : EXIT_SCENARIO_ERROR;
 }
 
 int ZelDeviceApp::Run(const CommandLine& line)

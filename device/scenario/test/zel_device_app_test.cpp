@@ -84,6 +84,9 @@ TEST_F(ZelDeviceAppTest, UsageErrorsHelpAndVersion)
                                                                   {"run", "a", "--bogus"},
                                                                   {"run", "a", "--trace"},
                                                                   {"check", "a", "--quiet"},
+                                                                  {"check-config"},
+                                                                  {"check-config", "a", "b"},
+                                                                  {"check-config", "--quiet"},
                                                                   {"--help", "x"}}) {
         EXPECT_EQ(Main(args), 2) << testing::PrintToString(args);
     }
@@ -91,6 +94,24 @@ TEST_F(ZelDeviceAppTest, UsageErrorsHelpAndVersion)
     EXPECT_EQ(Main({"--version"}), 0);
     EXPECT_EQ(Main({"--help"}), 0);
     EXPECT_EQ(out_.str().rfind("zel_device 0.1.0\nusage:\n", 0), 0u);
+}
+
+// The findings themselves are the checker's tests; here: stdout, the status, and no device.
+TEST_F(ZelDeviceAppTest, CheckConfigPrintsOneFindingALineAndTellsLoadingByItsStatus)
+{
+    const std::string good = Write("good.xml", "<ZelConfigs><powermode>60 120</powermode></ZelConfigs>");
+    EXPECT_EQ(Main({"check-config", good}), 0);
+    EXPECT_NE(out_.str().find("\n1: read into the number-list table: powermode = 60 120\n"), std::string::npos);
+    EXPECT_TRUE(out_.str().ends_with("\n-: result: the service loads this file\n"));
+
+    out_.str("");
+    const std::string bad = Write("bad.xml", "<ZelConfigs>");
+    EXPECT_EQ(Main({"check-config", bad}), 2);
+    EXPECT_EQ(out_.str().rfind("1: xml error: ", 0), 0u);
+    EXPECT_TRUE(
+        out_.str().ends_with("\n-: result: the service does not load this file and starts without a configuration\n"));
+    EXPECT_EQ(err_.str(), "");
+    EXPECT_EQ(options_, std::nullopt);
 }
 
 TEST_F(ZelDeviceAppTest, RunWritesTimelineTraceAndChartAndTellsExpectFailures)

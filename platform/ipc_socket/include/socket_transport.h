@@ -28,13 +28,6 @@ public:
     // Names are 1 to 32 of [a-z0-9_], and not a folder of the run folder.
     static constexpr size_t kMaxNameLength = 32;
 
-    // One-way requests this real process has sent and received, for a device that counts what is
-    // on its way between processes.
-    struct Traffic {
-        uint64_t oneWaySent = 0;
-        uint64_t oneWayReceived = 0;
-    };
-
     explicit SocketTransport(Options options);
     // Closes every endpoint; peers see this process die.
     ~SocketTransport() override;
@@ -60,7 +53,6 @@ public:
     bool PublishNamed(const std::string& name, const sptr<IRemoteObject>& object);
     // The object published under `name`, as the calling thread's session sees it; null if none.
     sptr<IRemoteObject> GetNamed(const std::string& name);
-    Traffic OneWayTraffic() const;
     // A device in virtual time tells each process of a death (PeerDied) in an order it fixes; from
     // then on a connection to another real process that ends only stops being read until then (one
     // made to a well-known name still closes at once).

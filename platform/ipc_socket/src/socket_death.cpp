@@ -102,18 +102,22 @@ void SocketTransport::Impl::WakeWaitersLocked(const SocketConnection& connection
 
 void SocketTransport::Impl::OnEnded(const std::shared_ptr<SocketConnection>& connection)
 {
-    // The holders of well-known names (the device itself) are not told of: they go at once.
+    // Nobody tells of the end of a well-known name's holder (the device itself): it counts at once.
     if (!deathsWhenTold_ || connection->inProcess || connection->toName) {
         CloseConnection(connection);
         return;
     }
     // What the peer's death does runs when the device says, at the same point on every run.
     std::lock_guard<std::mutex> lock(mutex_);
-    if (!connection->closed && connection->watchId != 0) {
+    if (connection->closed || connection->ended) {
+        return;
+    }
+    connection->ended = true;
+    if (connection->watchId != 0) {
         Unwatch(connection->watchId, connection->fd);
         connection->watchId = 0;
-        WakeWaitersLocked(*connection);
     }
+    WakeWaitersLocked(*connection);
 }
 
 void SocketTransport::Impl::PeerDied(int32_t pid)

@@ -304,7 +304,7 @@ bool SocketTransport::Impl::Send(const std::shared_ptr<SocketConnection>& connec
         }
     }
     if (!sent) {
-        CloseConnection(connection);
+        OnEnded(connection);
     }
     return sent;
 }

@@ -26,11 +26,8 @@ bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& end
 {
     const bool oneWay = (frame.flags & WireFormat::FLAG_ONE_WAY) != 0;
     std::optional<WorkTracker::Token> counted;
-    if (oneWay) {
-        ++oneWayReceived_;
-        if (!from->inProcess && (frame.flags & WireFormat::FLAG_COUNTED) != 0 && SharedTimePage::Attached()) {
-            counted = WorkTracker::Token::Adopt();
-        }
+    if (oneWay && !from->inProcess && (frame.flags & WireFormat::FLAG_COUNTED) != 0 && SharedTimePage::Attached()) {
+        counted = WorkTracker::Token::Adopt();
     }
     // In virtual time each one-way request runs in the turn its sender reserved: the line keeps
     // them in order, and when each runs does not depend on when it was read.

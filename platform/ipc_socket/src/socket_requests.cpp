@@ -105,11 +105,9 @@ int SocketTransport::Impl::SendOneWay(const std::shared_ptr<SocketEndpoint>& hol
         WorkTracker::GetInstance().BeginFor(countedFor);
         request.flags |= WireFormat::FLAG_COUNTED;
     }
-    ++oneWaySent_;
     if (Send(connection, request)) {
         return ERR_NONE;
     }
-    --oneWaySent_;
     DropHandedOver(key);
     if (countedFor != 0) {
         WorkTracker::GetInstance().EndFor(countedFor);
@@ -162,7 +160,7 @@ int SocketTransport::Impl::Call(const std::shared_ptr<SocketConnection>& connect
         if (frame.id == 0) {
             frame.id = nextId_++;
         }
-        if (connection->closed) {
+        if (connection->closed || connection->ended) {
             return ERR_DEAD_OBJECT;
         }
         waiters_[frame.id] = waiter;

@@ -217,11 +217,6 @@ bool SocketTransport::PublishNamed(const std::string& name, const sptr<IRemoteOb
     return owner != nullptr && impl_->BindNamed(name, owner, cookie);
 }
 
-SocketTransport::Traffic SocketTransport::OneWayTraffic() const
-{
-    return {impl_->oneWaySent_.load(), impl_->oneWayReceived_.load()};
-}
-
 void SocketTransport::SetDeathsWhenTold(bool told)
 {
     impl_->deathsWhenTold_ = told;

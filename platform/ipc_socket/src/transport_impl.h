@@ -60,6 +60,8 @@ struct SocketConnection {
     bool inProcess = false;
     bool established = false;
     std::atomic<bool> closed{false};
+    // The peer has gone, and its death waits to be told (under mutex_).
+    bool ended = false;
     // A call channel carries the synchronous calls of one thread of the connecting side only; it
     // is never a peer's shared connection and the I/O thread does not read it: the caller reads
     // its replies itself, and a thread of the accepting side serves it.
@@ -309,8 +311,6 @@ public:
     std::map<std::string, NamedBinding> named_;
     size_t servingChannels_ = 0;  // under mutex_
     std::atomic<bool> deathsWhenTold_{false};
-    std::atomic<uint64_t> oneWaySent_{0};
-    std::atomic<uint64_t> oneWayReceived_{0};
     uint64_t nextCookie_ = 1;
     uint64_t nextHandle_ = 1;
     uint64_t nextId_ = 1;

@@ -296,27 +296,6 @@ TEST_F(SocketTransportTest, NamedObjectsStandBesideTheContextObject)
     EXPECT_EQ(transport.GetNamed("hub"), nullptr);
 }
 
-TEST_F(SocketTransportTest, OneWayTrafficCountsWhatLeavesAndArrives)
-{
-    auto& transport = static_cast<SocketTransport&>(IPCTransport::Get());
-    Latch latch;
-    sptr<FunctionStub> stub =
-        MakeStub(service_, u"test.Sink", [&latch](uint32_t, MessageParcel& data, MessageParcel&, MessageOption&) {
-            latch.Note(data.ReadInt32());
-            return 0;
-        });
-    sptr<IRemoteObject> proxy = Transfer(stub, client_);
-    const SocketTransport::Traffic before = transport.OneWayTraffic();
-    ScopedProcess scope(client_);
-    ASSERT_EQ(Call(proxy, 1, 1, nullptr, MessageOption::TF_ASYNC), 0);
-    ASSERT_EQ(Call(proxy, 1, 2, nullptr, MessageOption::TF_ASYNC), 0);
-    ASSERT_EQ(Call(proxy, 1, 3), 0);  // synchronous: not counted
-    ASSERT_EQ(latch.WaitFor(3).size(), 3u);
-    const SocketTransport::Traffic after = transport.OneWayTraffic();
-    EXPECT_EQ(after.oneWaySent - before.oneWaySent, 2u);
-    EXPECT_EQ(after.oneWayReceived - before.oneWayReceived, 2u);
-}
-
 int ConnectAt(const std::string& path, int type)
 {
     int fd = socket(AF_UNIX, type, 0);

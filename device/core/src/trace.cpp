@@ -54,6 +54,9 @@ std::string ValueJson(const TraceValue& value)
     if (const auto* text = std::get_if<std::string>(&value)) {
         return JsonString(*text);
     }
+    if (const auto* object = std::get_if<TraceObject>(&value)) {
+        return object->json;
+    }
     std::string out = "[";
     for (const auto& item : std::get<std::vector<std::string>>(value)) {
         out += (out.size() > 1 ? "," : "") + JsonString(item);
@@ -96,6 +99,8 @@ void Trace::Emit(std::string ev, std::vector<TraceField> fields)
     for (auto& field : fields) {
         if (auto* text = std::get_if<std::string>(&field.value)) {
             HideIn(*text);
+        } else if (auto* object = std::get_if<TraceObject>(&field.value)) {
+            HideIn(object->json);
         } else if (auto* items = std::get_if<std::vector<std::string>>(&field.value)) {
             for (auto& item : *items) {
                 HideIn(item);

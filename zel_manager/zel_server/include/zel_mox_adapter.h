@@ -17,17 +17,9 @@ namespace Tarvo::Vantel {
 // own order; the only lock guards the record of what was last sent, kept for a dump.
 class ZelMoxAdapter {
 public:
-    // The last vote of one kind (scene, thermal, power), as the arbiter received it.
-    struct Vote {
-        std::string voter;
-        bool status = false;
-        uint32_t min = 0;
-        uint32_t max = 0;
-        std::string description;
-    };
     struct Record {
-        std::map<std::string, Vote> votes;  // by kind
-        std::vector<std::string> pkgs;      // the last package report
+        std::map<std::string, EventInfo> votes;  // the last of each kind (scene, thermal, power)
+        std::vector<std::string> pkgs;           // the last package report
         bool lightSent = false;
         bool lightStatus = false;
     };

@@ -1,7 +1,6 @@
 #include "zel_dump.h"
 
-#include <cstdio>
-
+#include "json_text.h"
 #include "zel_event_handle.h"
 #include "zel_manager_config.h"
 
@@ -13,20 +12,7 @@ using Members = std::vector<std::pair<std::string, std::string>>;
 
 std::string Quote(const std::string& text)
 {
-    std::string out = "\"";
-    for (unsigned char c : text) {
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += static_cast<char>(c);
-        } else if (c < 0x20) {
-            char escaped[8];
-            snprintf(escaped, sizeof(escaped), "\\u%04x", c);
-            out += escaped;
-        } else {
-            out += static_cast<char>(c);
-        }
-    }
-    return out + "\"";
+    return JsonQuote(text);
 }
 
 std::string Object(const Members& members)
@@ -127,10 +113,10 @@ std::string VotesJson(const ServiceDump& dump)
     const FrameRateControl::State& state = dump.frameRate;
     Members votes;
     for (const auto& [kind, vote] : dump.mox.votes) {
-        votes.emplace_back(kind, Object({{"voter", Quote(vote.voter)},
-                                         {"status", Bool(vote.status)},
-                                         {"min", std::to_string(vote.min)},
-                                         {"max", std::to_string(vote.max)},
+        votes.emplace_back(kind, Object({{"voter", Quote(vote.eventName)},
+                                         {"status", Bool(vote.eventStatus)},
+                                         {"min", std::to_string(vote.minRefreshRate)},
+                                         {"max", std::to_string(vote.maxRefreshRate)},
                                          {"desc", Quote(vote.description)}}));
     }
     std::string lightSent = dump.mox.lightSent ? Bool(dump.mox.lightStatus) : "null";

@@ -76,8 +76,8 @@ std::string VotesText(const ServiceDump& dump)
     out += "  light: type0 " + YesNo(state.lightStateType0) + ", type1 " + YesNo(state.lightStateType1) + ", factor " +
            YesNo(state.lightFactorStatus) + "\n";
     for (const auto& [kind, vote] : dump.mox.votes) {
-        out += "  last " + kind + " vote: " + vote.voter + " status=" + (vote.status ? "on" : "off") +
-               " min=" + std::to_string(vote.min) + " max=" + std::to_string(vote.max) +
+        out += "  last " + kind + " vote: " + vote.eventName + " status=" + (vote.eventStatus ? "on" : "off") +
+               " min=" + std::to_string(vote.minRefreshRate) + " max=" + std::to_string(vote.maxRefreshRate) +
                (vote.description.empty() ? "" : " desc=" + vote.description) + "\n";
     }
     return out + "  last packages sent: " + Joined(dump.mox.pkgs) + "\n";

@@ -1,8 +1,6 @@
 #include "zel_manager_service.h"
 
-#include <unistd.h>
-
-#include <cerrno>
+#include <cstdio>
 
 #include "common_event_manager.h"
 #include "common_event_support.h"
@@ -31,21 +29,6 @@ constexpr uint32_t GAME_PKG_QUERY_RETRY_TIMES = 5;
 constexpr uint32_t THERMAL_FORCE_KEY = 101;
 constexpr int32_t DUMP_WRITE_FAILED = -1;
 
-bool WriteAll(int fd, const std::string& text)
-{
-    size_t done = 0;
-    while (done < text.size()) {
-        ssize_t wrote = write(fd, text.data() + done, text.size() - done);
-        if (wrote < 0 && errno == EINTR) {
-            continue;
-        }
-        if (wrote <= 0) {
-            return false;
-        }
-        done += static_cast<size_t>(wrote);
-    }
-    return true;
-}
 }  // namespace
 
 ZelManagerService::ZelManagerService(int32_t systemAbilityId, bool runOnCreate)
@@ -181,7 +164,7 @@ int32_t ZelManagerService::Dump(int32_t fd, const std::vector<std::u16string>& a
     }
     ServiceDump dump = CollectServiceDump();
     std::string text = json ? DumpJson(dump) + "\n" : DumpText(dump);
-    return WriteAll(fd, text) ? 0 : DUMP_WRITE_FAILED;
+    return dprintf(fd, "%s", text.c_str()) < 0 ? DUMP_WRITE_FAILED : 0;
 }
 
 }  // namespace Tarvo::Vantel

@@ -95,8 +95,7 @@ void ZelMoxAdapter::SetLightFactorStatus(bool state)
 void ZelMoxAdapter::Remember(const std::string& kind, const EventInfo& eventInfo)
 {
     std::lock_guard<std::mutex> lock(recordLock_);
-    record_.votes[kind] = Vote{eventInfo.eventName, eventInfo.eventStatus, eventInfo.minRefreshRate,
-                               eventInfo.maxRefreshRate, eventInfo.description};
+    record_.votes[kind] = eventInfo;
 }
 
 ZelMoxAdapter::Record ZelMoxAdapter::DumpRecord()

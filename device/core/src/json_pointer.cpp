@@ -135,7 +135,11 @@ bool Scanner::Value(int depth)
     while (pos < text_.size() && std::strchr("-+.eE0123456789truefalsn", text_[pos]) != nullptr && text_[pos] != '\0') {
         ++pos;
     }
-    return pos > start;
+    // A literal, or something shaped like a number.
+    const std::string token = text_.substr(start, pos - start);
+    const bool number = !token.empty() && (token[0] == '-' || (token[0] >= '0' && token[0] <= '9')) &&
+                        token.find_first_of("trufalsn") == std::string::npos;
+    return number || token == "true" || token == "false" || token == "null";
 }
 
 std::vector<std::string> Split(const std::string& pointer)

@@ -71,7 +71,7 @@ TEST_F(TraceTest, AnObjectFieldIsWrittenAsItIsAndOnlyAWholeObjectIsOne)
     const std::string deep = std::string(70, '[') + std::string(70, ']');
     for (const std::string& bad :
          std::vector<std::string>{"", "[]", "{", "{} {}", R"({"a"})", R"({"a":})", R"({"a":"\u00zz"})",
-                                  "{\"a\":" + deep + "}", R"({"a":1,})"}) {
+                                  "{\"a\":" + deep + "}", R"({"a":1,})", R"({"a":tru})", R"({"a":1x})"}) {
         EXPECT_FALSE(IsJsonObject(bad)) << bad;
     }
 }

@@ -83,6 +83,7 @@ public:
                      std::string* error) override;
     bool Register(int line, const std::string& bundle, const std::string& callbackName, std::string* error) override;
     bool SendRaw(int line, const RawRequest& request, std::string* error) override;
+    bool Dump(int line, std::string* error) override;
     bool AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid, std::optional<bool> focus,
                   std::string* error) override;
     bool PowerMode(int32_t code, std::string* error) override;
@@ -105,8 +106,8 @@ private:
     };
     // Sends the order from `process` to what `target` finds there, and traces ipc.unsent if it never
     // reached the target's stub.
-    void Deliver(const std::shared_ptr<VirtualProcess>& process, const RequestOrder& order,
-                 const std::function<Target()>& target, const sptr<IRemoteObject>& callback = nullptr);
+    SendOutcome Deliver(const std::shared_ptr<VirtualProcess>& process, const RequestOrder& order,
+                        const std::function<Target()>& target, const sptr<IRemoteObject>& callback = nullptr);
     bool ToService(const CallerSpec& caller, const RequestOrder& order, std::string* error);
     Target ServiceTarget();
     // False, with the reason.

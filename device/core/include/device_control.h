@@ -88,6 +88,8 @@ public:
     virtual bool Register(int line, const std::string& bundle, const std::string& callbackName, std::string* error) = 0;
     // Sent as given; false (nothing sent) only when the caller or the callback does not exist.
     virtual bool SendRaw(int line, const RawRequest& request, std::string* error) = 0;
+    // Asks the service for its live state, from the shell; traced as dump {line, state}.
+    virtual bool Dump(int line, std::string* error) = 0;
 
     // Platform events.
     virtual bool AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid,

@@ -17,8 +17,8 @@
 namespace Tarvo::Emu {
 
 struct RequestOrder {
-    enum class Kind : uint32_t { SCENE = 1, RESOLUTION, THERMAL, GAME_FPS, REGISTER, RAW };
-    static constexpr uint32_t kLastKind = static_cast<uint32_t>(Kind::RAW);
+    enum class Kind : uint32_t { SCENE = 1, RESOLUTION, THERMAL, GAME_FPS, REGISTER, RAW, DUMP };
+    static constexpr uint32_t kLastKind = static_cast<uint32_t>(Kind::DUMP);
 
     Kind kind = Kind::SCENE;
     int32_t line = 0;
@@ -44,6 +44,8 @@ RequestOrder ThermalOrder(int line, const std::vector<std::pair<uint32_t, uint32
 RequestOrder GameFpsOrder(int line, const std::string& pkg, uint32_t fps);
 RequestOrder RegisterOrder(int line, const std::string& callbackName);
 RequestOrder RawOrder(int line, const RawRequest& request);
+// The service's state as JSON; the outcome's result is the text, or what the transport answered.
+RequestOrder DumpOrder(int line);
 // Why a raw request to a callback cannot be sent.
 std::string NoCallback(const RawRequest& request);
 
@@ -65,6 +67,8 @@ SendOutcome SendOrder(const RequestOrder& order, const sptr<IRemoteObject>& targ
 // Reached means handled by the target's stub (`delivered`: an ipc.done of the line was seen); for a
 // one-way request, queued for it, since its handling comes later. Traces ipc.unsent otherwise.
 void TraceUnlessReached(Trace& trace, const RequestOrder& order, const SendOutcome& outcome, bool delivered);
+// A dump that came back is traced as dump {line, state}.
+void TraceDump(Trace& trace, const RequestOrder& order, const SendOutcome& outcome);
 
 }  // namespace Tarvo::Emu
 

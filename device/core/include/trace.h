@@ -21,7 +21,13 @@
 
 namespace Tarvo::Emu {
 
-using TraceValue = std::variant<std::nullptr_t, bool, int64_t, std::string, std::vector<std::string>>;
+// A JSON object, written into the trace as it is (the state of a dump).
+struct TraceObject {
+    std::string json;
+    bool operator==(const TraceObject&) const = default;
+};
+
+using TraceValue = std::variant<std::nullptr_t, bool, int64_t, std::string, std::vector<std::string>, TraceObject>;
 
 struct TraceField {
     std::string name;

@@ -12,8 +12,8 @@ Device::Target Device::ServiceTarget()
     return Target{LookUpService(), Vantel::IZelManager::GetDescriptor(), 0, {}};
 }
 
-void Device::Deliver(const std::shared_ptr<VirtualProcess>& process, const RequestOrder& order,
-                     const std::function<Target()>& target, const sptr<IRemoteObject>& callback)
+SendOutcome Device::Deliver(const std::shared_ptr<VirtualProcess>& process, const RequestOrder& order,
+                            const std::function<Target()>& target, const sptr<IRemoteObject>& callback)
 {
     ScopedProcess scope(process);
     IPCTransport::ScopedTag tag(static_cast<uint64_t>(order.line));
@@ -21,6 +21,7 @@ void Device::Deliver(const std::shared_ptr<VirtualProcess>& process, const Reque
     tap_->Watch(static_cast<uint64_t>(order.line), found.descriptor, found.appPid, found.bundle);
     const SendOutcome outcome = SendOrder(order, found.object, callback);
     TraceUnlessReached(trace_, order, outcome, tap_->Delivered());
+    return outcome;
 }
 
 bool Device::ToService(const CallerSpec& caller, const RequestOrder& order, std::string* error)
@@ -102,6 +103,17 @@ bool Device::SendRaw(int line, const RawRequest& request, std::string* error)
         };
     }
     Deliver(process, RawOrder(line, request), target);
+    return true;
+}
+
+bool Device::Dump(int line, std::string* error)
+{
+    auto process = CallerProcess(CallerSpec{CallerSpec::Kind::SHELL, {}}, error);
+    if (process == nullptr) {
+        return false;
+    }
+    const RequestOrder order = DumpOrder(line);
+    TraceDump(trace_, order, Deliver(process, order, [this] { return ServiceTarget(); }));
     return true;
 }
 

@@ -2,8 +2,9 @@
 
 #include "input_text.h"
 #include "ipc_types.h"
-#include "message_option.h"
 #include "iservice_registry.h"
+#include "json_pointer.h"
+#include "message_option.h"
 #include "raw_parcel.h"
 #include "zel_manager_proxy.h"
 
@@ -98,6 +99,28 @@ TraceValue SendRawRequest(const sptr<IRemoteObject>& target, const RawRequest& r
     return int64_t{target->SendRequest(request.code, data, reply, option)};
 }
 
+// The dump's text, or the status when none came back.
+TraceValue SendDump(const sptr<IRemoteObject>& service)
+{
+    if (service == nullptr) {
+        return nullptr;
+    }
+    MessageParcel data;
+    MessageParcel reply;
+    MessageOption option(MessageOption::TF_SYNC);
+    if (!data.WriteInterfaceToken(Vantel::IZelManager::GetDescriptor()) || !data.WriteInt32(1) ||
+        !data.WriteString16(u"--json")) {
+        return nullptr;
+    }
+    const int status = service->SendRequest(DUMP_TRANSACTION, data, reply, option);
+    int32_t result = 0;
+    std::string text;
+    if (status != ERR_NONE || !reply.ReadInt32(result) || !reply.ReadString(text)) {
+        return int64_t{status};
+    }
+    return text;
+}
+
 TraceValue Send(const RequestOrder& order, const sptr<IRemoteObject>& target, const sptr<IRemoteObject>& callback)
 {
     Vantel::ZelManagerProxy proxy(target);
@@ -111,11 +134,12 @@ TraceValue Send(const RequestOrder& order, const sptr<IRemoteObject>& target, co
             return SendThermalPairs(target, order.thermal);
         case RequestOrder::Kind::GAME_FPS:
             return int64_t{proxy.SetGameFpsForThermalControl(order.name, order.value)};
-        case RequestOrder::Kind::REGISTER:
-        {
+        case RequestOrder::Kind::REGISTER: {
             sptr<Vantel::IZelCallbackInterface> listener = iface_cast<Vantel::IZelCallbackInterface>(callback);
             return int64_t{proxy.RegisterGameFpsListener(listener)};
         }
+        case RequestOrder::Kind::DUMP:
+            return SendDump(target);
         case RequestOrder::Kind::RAW:
             break;
     }
@@ -144,6 +168,8 @@ uint32_t RequestOrder::Code() const
             return Emu::Code(ZelManagerInterfaceCode::SET_GAME_FPS_FOR_THERMAL_CONTROL);
         case Kind::REGISTER:
             return Emu::Code(ZelManagerInterfaceCode::REGISTER_GAME_FPS_LISTENER);
+        case Kind::DUMP:
+            return DUMP_TRANSACTION;
         case Kind::RAW:
             break;
     }
@@ -207,6 +233,11 @@ RequestOrder RawOrder(int line, const RawRequest& request)
     return order;
 }
 
+RequestOrder DumpOrder(int line)
+{
+    return Order(RequestOrder::Kind::DUMP, line);
+}
+
 std::string NoCallback(const RawRequest& request)
 {
     return "no callback " + Shown(request.callback) + " was registered for " + Shown(request.bundle);
@@ -237,6 +268,21 @@ void TraceUnlessReached(Trace& trace, const RequestOrder& order, const SendOutco
             "ipc.unsent",
             {{"line", int64_t{order.line}}, {"code", static_cast<int64_t>(order.Code())}, {"result", outcome.result}});
     }
+}
+
+void TraceDump(Trace& trace, const RequestOrder& order, const SendOutcome& outcome)
+{
+    const auto* text = std::get_if<std::string>(&outcome.result);
+    if (text == nullptr) {
+        return;  // traced as ipc.unsent, or the service refused it (ipc.done tells)
+    }
+    std::string json = *text;
+    while (!json.empty() && json.back() == '\n') {
+        json.pop_back();
+    }
+    // Written into the trace as it is only when it is the object it should be.
+    TraceValue state = IsJsonObject(json) ? TraceValue{TraceObject{json}} : TraceValue{*text};
+    trace.Emit("dump", {{"line", int64_t{order.line}}, {"state", std::move(state)}});
 }
 
 }  // namespace Tarvo::Emu

@@ -2,41 +2,14 @@
 
 #include <cstdio>
 
+#include "json_text.h"
 #include "platform_clock.h"
 
 namespace Tarvo::Emu {
 
 std::string JsonString(const std::string& text)
 {
-    std::string out = "\"";
-    for (unsigned char c : text) {
-        switch (c) {
-            case '"':
-                out += "\\\"";
-                break;
-            case '\\':
-                out += "\\\\";
-                break;
-            case '\n':
-                out += "\\n";
-                break;
-            case '\r':
-                out += "\\r";
-                break;
-            case '\t':
-                out += "\\t";
-                break;
-            default:
-                if (c < 0x20) {
-                    char escaped[8];
-                    snprintf(escaped, sizeof(escaped), "\\u%04x", c);
-                    out += escaped;
-                } else {
-                    out += static_cast<char>(c);
-                }
-        }
-    }
-    return out + "\"";
+    return JsonQuote(text);
 }
 
 namespace {
@@ -53,6 +26,9 @@ std::string ValueJson(const TraceValue& value)
     }
     if (const auto* text = std::get_if<std::string>(&value)) {
         return JsonString(*text);
+    }
+    if (const auto* object = std::get_if<TraceObject>(&value)) {
+        return object->json;
     }
     std::string out = "[";
     for (const auto& item : std::get<std::vector<std::string>>(value)) {
@@ -96,6 +72,8 @@ void Trace::Emit(std::string ev, std::vector<TraceField> fields)
     for (auto& field : fields) {
         if (auto* text = std::get_if<std::string>(&field.value)) {
             HideIn(*text);
+        } else if (auto* object = std::get_if<TraceObject>(&field.value)) {
+            HideIn(object->json);
         } else if (auto* items = std::get_if<std::vector<std::string>>(&field.value)) {
             for (auto& item : *items) {
                 HideIn(item);

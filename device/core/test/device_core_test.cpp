@@ -3,6 +3,7 @@
 #include "device_service_manager.h"
 #include "input_text.h"
 #include "ipc_object_stub.h"
+#include "json_pointer.h"
 #include "package_catalog.h"
 #include "trace.h"
 #include "virtual_clock.h"
@@ -54,6 +55,25 @@ TEST_F(TraceTest, TheHiddenFolderIsWrittenAsItsPlaceholderInEveryText)
                                 R"("level":"/tmp/zel_device.a12 /tmp/zel_device.a1.old","pkgs":["$DATA","b"],"n":1})");
     EXPECT_EQ(&trace.At(1), &trace.At(1));
     EXPECT_EQ(trace.At(1).ev, "log");
+}
+
+TEST_F(TraceTest, AnObjectFieldIsWrittenAsItIsAndOnlyAWholeObjectIsOne)
+{
+    Trace trace;
+    trace.Hide("/tmp/zel_device.a1", "$DATA");
+    trace.Emit("dump", {{"line", int64_t{3}}, {"state", TraceObject{R"({"path":"/tmp/zel_device.a1/x","n":[1]})"}}});
+    EXPECT_EQ(trace.At(0).Json(), R"({"t":0,"ev":"dump","line":3,"state":{"path":"$DATA/x","n":[1]}})");
+    EXPECT_EQ(ValueText(*trace.At(0).Find("state")), R"({"path":"$DATA/x","n":[1]})");
+    for (const std::string& good :
+         std::vector<std::string>{"{}", " {\"a\":[{},[]],\"b\":\"\\u00e9\"} ", R"({"a":-1.5e3,"b":false})"}) {
+        EXPECT_TRUE(IsJsonObject(good)) << good;
+    }
+    const std::string deep = std::string(70, '[') + std::string(70, ']');
+    for (const std::string& bad :
+         std::vector<std::string>{"", "[]", "{", "{} {}", R"({"a"})", R"({"a":})", R"({"a":"\u00zz"})",
+                                  "{\"a\":" + deep + "}", R"({"a":1,})", R"({"a":tru})", R"({"a":1x})"}) {
+        EXPECT_FALSE(IsJsonObject(bad)) << bad;
+    }
 }
 
 TEST(InputTextTest, QuotedInputIsEscapedAndShortened)

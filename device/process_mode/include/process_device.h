@@ -74,6 +74,7 @@ public:
                      std::string* error) override;
     bool Register(int line, const std::string& bundle, const std::string& callbackName, std::string* error) override;
     bool SendRaw(int line, const RawRequest& request, std::string* error) override;
+    bool Dump(int line, std::string* error) override;
     bool AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid, std::optional<bool> focus,
                   std::string* error) override;
     bool PowerMode(int32_t code, std::string* error) override;

@@ -1,5 +1,7 @@
 #include "device_agent.h"
 
+#include "json_pointer.h"
+
 namespace Tarvo::Emu {
 namespace {
 // A count of elements of at least `minSize` bytes each, checked against what is left.
@@ -137,7 +139,7 @@ bool ReadOrder(MessageParcel& data, RequestOrder* order)
     return true;
 }
 
-enum ValueKind : int32_t { NONE, FLAG, NUMBER, TEXT, TEXTS };
+enum ValueKind : int32_t { NONE, FLAG, NUMBER, TEXT, TEXTS, OBJECT };
 
 bool WriteValue(const TraceValue& value, MessageParcel& data)
 {
@@ -152,6 +154,9 @@ bool WriteValue(const TraceValue& value, MessageParcel& data)
     }
     if (const auto* texts = std::get_if<std::vector<std::string>>(&value)) {
         return data.WriteInt32(TEXTS) && data.WriteStringVector(*texts);
+    }
+    if (const auto* object = std::get_if<TraceObject>(&value)) {
+        return data.WriteInt32(OBJECT) && data.WriteString(object->json);
     }
     return data.WriteInt32(NONE);
 }
@@ -178,6 +183,11 @@ bool ReadValue(MessageParcel& data, TraceValue* value)
             break;
         case TEXTS:
             ok = data.ReadStringVector(&value->emplace<std::vector<std::string>>());
+            break;
+        case OBJECT:
+            // Written into the trace as it is, so it must be an object.
+            ok =
+                data.ReadString(value->emplace<TraceObject>().json) && IsJsonObject(std::get<TraceObject>(*value).json);
             break;
         default:
             ok = false;

@@ -97,4 +97,16 @@ bool ProcessDevice::SendRaw(int line, const RawRequest& request, std::string* er
                    alive ? callback->second.owner : "", error);
 }
 
+bool ProcessDevice::Dump(int line, std::string* error)
+{
+    Child* shell = CallerChild(CallerSpec{CallerSpec::Kind::SHELL, {}}, error);
+    const RequestOrder order = DumpOrder(line);
+    AgentReply reply;
+    if (shell == nullptr || !Deliver(*shell, order, nullptr, "", error, &reply)) {
+        return false;
+    }
+    TraceDump(trace_, order, reply.outcome);
+    return true;
+}
+
 }  // namespace Tarvo::Emu

@@ -78,6 +78,7 @@ struct Register {
 struct Raw {
     RawRequest request;
 };
+struct Dump {};
 struct AppState {
     std::string bundle;
     int32_t state = 0;
@@ -107,10 +108,11 @@ struct End {};
 
 namespace Tarvo::Emu {
 
-using ScenarioCommand = std::variant<Cmd::Config, Cmd::Param, Cmd::PresetSetting, Cmd::Boot, Cmd::Install, Cmd::Remove,
-                                     Cmd::Ability, Cmd::Toggle, Cmd::RestartAppManager, Cmd::Kill, Cmd::IpcFail,
-                                     Cmd::Scene, Cmd::Resolution, Cmd::Thermal, Cmd::GameFps, Cmd::Register, Cmd::Raw,
-                                     Cmd::AppState, Cmd::PowerMode, Cmd::Event, Cmd::Light, Cmd::Expect, Cmd::End>;
+using ScenarioCommand =
+    std::variant<Cmd::Config, Cmd::Param, Cmd::PresetSetting, Cmd::Boot, Cmd::Install, Cmd::Remove, Cmd::Ability,
+                 Cmd::Toggle, Cmd::RestartAppManager, Cmd::Kill, Cmd::IpcFail, Cmd::Scene, Cmd::Resolution,
+                 Cmd::Thermal, Cmd::GameFps, Cmd::Register, Cmd::Raw, Cmd::Dump, Cmd::AppState, Cmd::PowerMode,
+                 Cmd::Event, Cmd::Light, Cmd::Expect, Cmd::End>;
 
 }  // namespace Tarvo::Emu
 

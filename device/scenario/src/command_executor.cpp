@@ -49,6 +49,7 @@ struct Dispatch {
     bool operator()(const Cmd::GameFps& c) const { return device.SendGameFps(line, c.caller, c.pkg, c.fps, error); }
     bool operator()(const Cmd::Register& c) const { return device.Register(line, c.bundle, c.callbackName, error); }
     bool operator()(const Cmd::Raw& c) const { return device.SendRaw(line, c.request, error); }
+    bool operator()(const Cmd::Dump&) const { return device.Dump(line, error); }
     bool operator()(const Cmd::AppState& c) const { return device.AppState(c.bundle, c.state, c.pid, c.focus, error); }
     bool operator()(const Cmd::PowerMode& c) const { return device.PowerMode(c.code, error); }
     bool operator()(const Cmd::Event& c) const { return device.PublishEvent(c.action, c.bundle, c.code, error); }

@@ -270,6 +270,9 @@ void CommandParser::AddRequests()
         return Produce(c, Cmd::Register{a.Positional()[0], a.Positional()[1]});
     };
     handlers_["raw"] = [this](const CommandArgs& a, ScenarioCommand* c, std::string* e) { return ParseRaw(a, c, e); };
+    handlers_["dump"] = [this](const CommandArgs& a, ScenarioCommand* c, std::string* e) {
+        return RequestAllowed(a, e) && a.Count(0, 0, "dump", e) && a.OnlyOptions({}, e) && Produce(c, Cmd::Dump{});
+    };
 }
 
 bool CommandParser::ParseScene(const CommandArgs& args, ScenarioCommand* command, std::string* error) const
@@ -495,7 +498,9 @@ bool CommandParser::ParseExpect(const CommandArgs& args, bool none, ScenarioComm
         return false;
     }
     for (const auto& [field, value] : args.Options()) {
-        if (std::find(fields->begin(), fields->end(), field) == fields->end()) {
+        // FIELD/PATH reads into an object-valued field (a dump's state).
+        const std::string name = field.substr(0, field.find('/'));
+        if (std::find(fields->begin(), fields->end(), name) == fields->end()) {
             std::string known;
             for (const auto& name : *fields) {
                 known += (known.empty() ? "" : ", ") + name;

@@ -1,13 +1,32 @@
 #include "expect_checker.h"
 
 #include <algorithm>
+#include <optional>
+
+#include "json_pointer.h"
 
 namespace Tarvo::Emu {
 namespace {
+// FIELD, or FIELD/PATH into an object-valued field.
+std::optional<TraceValue> FieldValue(const TraceEvent& event, const std::string& field)
+{
+    const size_t slash = field.find('/');
+    const TraceValue* value = event.Find(field.substr(0, slash));
+    if (value == nullptr) {
+        return std::nullopt;
+    }
+    if (slash == std::string::npos) {
+        return *value;
+    }
+    const auto* object = std::get_if<TraceObject>(value);
+    return object != nullptr ? JsonAt(object->json, field.substr(slash + 1)) : std::nullopt;
+}
+
 bool FieldHolds(const TraceValue& value, const std::string& expected)
 {
     if (const auto* items = std::get_if<std::vector<std::string>>(&value)) {
-        return std::find(items->begin(), items->end(), expected) != items->end();
+        // [] matches only an empty array, which no element could.
+        return items->empty() ? expected == "[]" : std::find(items->begin(), items->end(), expected) != items->end();
     }
     return ValueText(value) == expected;
 }
@@ -20,8 +39,8 @@ bool ExpectChecker::Matches(const TraceEvent& event, const std::string& ev,
         return false;
     }
     return std::all_of(fields.begin(), fields.end(), [&event](const auto& field) {
-        const TraceValue* value = event.Find(field.first);
-        return value != nullptr && FieldHolds(*value, field.second);
+        const std::optional<TraceValue> value = FieldValue(event, field.first);
+        return value.has_value() && FieldHolds(*value, field.second);
     });
 }
 

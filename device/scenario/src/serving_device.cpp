@@ -36,7 +36,7 @@ bool IsOwnUser(int fd)
 
 const TraceValue* LineOf(const TraceEvent& event)
 {
-    return event.ev == "ipc.done" || event.ev == "ipc.unsent" ? event.Find("line") : nullptr;
+    return event.ev == "ipc.done" || event.ev == "ipc.unsent" || event.ev == "dump" ? event.Find("line") : nullptr;
 }
 }  // namespace
 

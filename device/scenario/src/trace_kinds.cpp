@@ -19,6 +19,7 @@ const std::vector<std::string>* TraceKindFields(const std::string& ev)
         {"log", {"level", "msg"}},
         {"app.log", {"bundle", "level", "msg"}},
         {"expect", {"line", "ok"}},
+        {"dump", {"line", "state"}},
     };
     auto it = kinds.find(ev);
     return it == kinds.end() ? nullptr : &it->second;

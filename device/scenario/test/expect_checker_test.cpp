@@ -71,6 +71,43 @@ TEST_F(ExpectCheckerTest, FieldsCompareAsTextArraysByElementAndMessagesWhole)
     EXPECT_TRUE(Check("ipc.done", {{"line", "4"}, {"reply", "null"}}));
 }
 
+// A dump's state is read along a path; each case looks at the same event afresh.
+TEST_F(ExpectCheckerTest, PathsReadIntoAnObjectField)
+{
+    const std::string state = R"({"a":{"b.c":[1,"x\"y",true],"e":[],"o":{},"n":null,)"
+                              R"("list":[{"k":"v0"},{"k":"v1"}]},"t":"t\u0041\n"})";
+    struct Case {
+        std::string field;
+        std::string expected;
+        bool holds;
+    };
+    const std::vector<Case> cases = {
+        {"state/a/b.c", "1", true},     // an array of scalars: any element
+        {"state/a/b.c", "x\"y", true},  // strings unescaped
+        {"state/a/b.c", "true", true},
+        {"state/a/b.c", "2", false},
+        {"state/a/e", "[]", true},  // empty array
+        {"state/a/b.c", "[]", false},
+        {"state/a/o", "{}", true},  // an object stays JSON
+        {"state/a/n", "null", true},
+        {"state/a/list/1/k", "v1", true},   // indexes into arrays
+        {"state/a/list/2/k", "v1", false},  // past the end
+        {"state/a/list/x", "v0", false},
+        {"state/t", "tA\n", true},
+        {"state/a/missing", "", false},
+        {"state/t/deeper", "tA\n", false},  // a string has no members
+        {"line/x", "1", false},             // not an object field
+        {"state", state, true},             // the whole object as written
+    };
+    for (const Case& c : cases) {
+        ExpectChecker checker;
+        Trace trace;
+        trace.Emit("dump", {{"line", int64_t{1}}, {"state", TraceObject{state}}});
+        EXPECT_EQ(checker.Check(Cmd::Expect{"dump", {{c.field, c.expected}}, false}, trace).ok, c.holds)
+            << c.field << "=" << c.expected;
+    }
+}
+
 // As the player runs it: every check adds its own expect event to the trace.
 TEST_F(ExpectCheckerTest, ManyChecksCostWhatTheyReadNotTheWholeWindowEachTime)
 {

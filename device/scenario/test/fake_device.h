@@ -105,6 +105,7 @@ public:
                            (r.writeToken ? "" : " notoken") + " fields=" + std::to_string(r.fields.size());
         return Record(text, error);
     }
+    bool Dump(int line, std::string* error) override { return Record("dump " + std::to_string(line), error); }
     bool AppState(const std::string& bundle, int32_t state, std::optional<int32_t> pid, std::optional<bool> focus,
                   std::string* error) override
     {

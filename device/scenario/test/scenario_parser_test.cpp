@@ -252,6 +252,21 @@ TEST_F(ScenarioParserTest, RawFieldsAreCheckedAndBounded)
          {18, "at most 262144 bytes"}});
 }
 
+TEST_F(ScenarioParserTest, DumpTakesNothingAndItsExpectReadsIntoTheState)
+{
+    const ParseResult result = Parse("0 boot\n+0 dump\n+0 expect dump line=2 state/games/targets/com.a=60\n");
+    ASSERT_TRUE(result.Ok()) << testing::PrintToString(result.errors);
+    Command<Cmd::Dump>(result, 1);
+    EXPECT_EQ(Command<Cmd::Expect>(result, 2).fields,
+              (std::vector<std::pair<std::string, std::string>>{{"line", "2"}, {"state/games/targets/com.a", "60"}}));
+    ExpectErrors("0 dump\n+0 boot\n+0 dump now\n+0 dump as=shell\n+0 expect dump stat/x=1\n+0 expect dump st=1\n",
+                 {{1, "dump: a request to the service is only allowed after boot"},
+                  {3, "dump"},
+                  {4, "as"},
+                  {5, "dump has no field 'stat/x'"},
+                  {6, "dump has no field 'st' (fields: line, state)"}});
+}
+
 TEST_F(ScenarioParserTest, MessagesQuoteInputEscapedAndShort)
 {
     const ParseResult result = Parse(

@@ -72,6 +72,19 @@ TEST_F(ServingDeviceTest, SentLinesPlayInOrderWithTheDevicesLineNumbers)
     EXPECT_NE(out_.str().find("\"line\":1"), std::string::npos);
 }
 
+TEST_F(ServingDeviceTest, ADumpIsPrintedWithItsLine)
+{
+    device_.onCall = [](FakeDevice& device, const std::string& call) {
+        if (call == "dump 1") {
+            device.trace.Emit("dump", {{"line", int64_t{1}}, {"state", TraceObject{R"({"a":1})"}}});
+        }
+    };
+    EXPECT_EQ(Request("send", {"dump"}), 0) << err_.str();
+    const std::string printed = out_.str();
+    EXPECT_NE(printed.find(",\"ev\":\"dump\",\"line\":1,\"state\":{\"a\":1}}\n"), std::string::npos) << printed;
+    EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 1) << printed;
+}
+
 TEST_F(ServingDeviceTest, BadRequestsChangeNothingAndSayWhy)
 {
     const std::string longLine(ControlChannel::kMaxLine + 1, 'x');

@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "iremote_object.h"
 #include "message_option.h"
@@ -29,8 +30,11 @@ public:
 
     int SendRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option) override;
     // PING_TRANSACTION: 0. INTERFACE_TRANSACTION: the descriptor as a string16 in the reply, 0.
-    // Any other code: IPC_STUB_UNKNOW_TRANS_ERR.
+    // DUMP_TRANSACTION: Dump() with the request's arguments; the reply holds its result (int32) and
+    // what it wrote (string), 0. Any other code: IPC_STUB_UNKNOW_TRANS_ERR.
     virtual int OnRemoteRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option);
+    // Writes the object's state, as text, to fd. Nothing to tell by default.
+    virtual int Dump(int fd, const std::vector<std::u16string>& args);
 
     bool IsProxyObject() const override { return false; }
     bool IsObjectDead() const override;
@@ -50,6 +54,8 @@ public:
     int DispatchRequest(uint32_t code, MessageParcel& data, MessageParcel& reply, MessageOption& option);
 
 private:
+    int DumpToReply(MessageParcel& data, MessageParcel& reply);
+
     // Weak: a stub held by another process's proxy must not keep its process's threads alive.
     const std::weak_ptr<ProcessSession> owner_;
     const bool serialInvokeFlag_;

@@ -26,6 +26,8 @@ constexpr uint32_t IpcFourCharCode(char a, char b, char c, char d)
 constexpr uint32_t PING_TRANSACTION = IpcFourCharCode('_', 'P', 'N', 'G');
 // Answered with the stub's descriptor (a string16) in the reply.
 constexpr uint32_t INTERFACE_TRANSACTION = IpcFourCharCode('_', 'N', 'T', 'F');
+// Answered with the object's Dump() text in the reply (see IPCObjectStub::OnRemoteRequest).
+constexpr uint32_t DUMP_TRANSACTION = IpcFourCharCode('_', 'D', 'M', 'P');
 
 }  // namespace Tarvo
 

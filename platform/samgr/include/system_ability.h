@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "iremote_object.h"
 
@@ -27,6 +28,15 @@ public:
     // Called by the service host.
     void Start();
     void Stop();
+
+    // Writes the ability's live state to fd; an ability that is also the published object answers
+    // dump requests with it. Nothing to tell by default.
+    virtual int32_t Dump(int32_t fd, const std::vector<std::u16string>& args)
+    {
+        (void)fd;
+        (void)args;
+        return 0;
+    }
 
 protected:
     SystemAbility(int32_t systemAbilityId, bool runOnCreate = false);

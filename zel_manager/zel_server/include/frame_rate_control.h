@@ -1,6 +1,7 @@
 #ifndef ZEL_MANAGER_FRAME_RATE_CONTROL_H
 #define ZEL_MANAGER_FRAME_RATE_CONTROL_H
 
+#include <atomic>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -25,6 +26,22 @@ namespace Tarvo::Vantel {
 // foreground package, both of which re-enter it.
 class FrameRateControl : public AppExecFwk::ApplicationStateObserverStub {
 public:
+    // A copy of the live state, for a dump.
+    struct State {
+        std::vector<std::string> foreground;  // bottom first
+        std::string curPkgName;
+        std::string pendingPkgName;
+        std::string originPkgName;
+        std::map<std::string, int32_t> pkgIds;
+        std::vector<SceneInfo> activeScenes;  // by name
+        std::string currentScene;             // empty: none
+        std::vector<SceneInfo> waitQueue;     // oldest first
+        uint32_t thermForceValue = 0;
+        bool lightStateType0 = false;
+        bool lightStateType1 = false;
+        bool lightFactorStatus = false;
+    };
+
     static sptr<FrameRateControl> GetInstance();
 
     // Fills the catalogue of known scenes while the configuration loads; "1" means interruptible.
@@ -48,6 +65,7 @@ public:
     // Light types 0 and 1 come from the brightness listener; the arbiter hears only changes.
     void NotifyLightState(uint32_t type, bool state);
     void SetLightAndBrightnessThreshold();
+    State DumpState();
 
     ~FrameRateControl() override;
     FrameRateControl(const FrameRateControl&) = delete;
@@ -88,10 +106,11 @@ private:
     std::map<std::string, SceneInfo> sceneInfoMap;
     std::map<std::string, int32_t> pkgIdMap;
     std::recursive_mutex sceneLock;
-    bool lightStateType1 = false;
-    bool lightStateType0 = false;
-    bool lightFactorStatus = false;
-    uint32_t thermForceValue = 0;
+    // Atomic: written without sceneLock, read by a dump from another thread.
+    std::atomic<bool> lightStateType1 = false;
+    std::atomic<bool> lightStateType0 = false;
+    std::atomic<bool> lightFactorStatus = false;
+    std::atomic<uint32_t> thermForceValue = 0;
 };
 
 }  // namespace Tarvo::Vantel

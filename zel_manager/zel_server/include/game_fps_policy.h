@@ -25,6 +25,25 @@ class GameFpsPolicy : public RefBase {
 public:
     using CallbackList = std::vector<wptr<IZelCallbackInterface>>;
 
+    // A retry of a package's callbacks waiting on the task queue.
+    struct PendingRetry {
+        uint32_t fps = 0;
+        uint32_t retryTimes = 0;
+        size_t callbacks = 0;
+    };
+    // A copy of the live state, for a dump; each callback as alive (true) or dead.
+    struct State {
+        bool gameFpsSwitch = false;
+        uint32_t maxPkgSize = 0;
+        uint32_t maxCallbackSize = 0;
+        std::set<std::string> gamePkgs;
+        std::set<std::string> queryingPkgs;
+        std::map<std::string, std::vector<bool>> callbacks;
+        std::map<std::string, std::vector<bool>> parkedCallbacks;
+        std::map<std::string, uint32_t> targets;
+        std::map<std::string, PendingRetry> retries;
+    };
+
     static GameFpsPolicy* GetInstance();
     GameFpsPolicy();
     ~GameFpsPolicy() override = default;
@@ -47,6 +66,7 @@ public:
     int32_t ExecuteQueryGamePkg(std::vector<std::string> pkgList);
     void SetGameFpsSwtich();
     void SetMaxCallbackSize();
+    State DumpState();
 
 private:
     void PostRetry(const CallbackList& callbacks, const std::string& pkgName, uint32_t fps, uint32_t retryTimes);
@@ -60,6 +80,7 @@ private:
     std::map<std::string, uint32_t> mGameFpsMap;
     std::set<std::string> mQueryingPkgSet;
     std::map<std::string, CallbackList> mCallbackCache;
+    std::map<std::string, PendingRetry> mPendingRetries;
     uint32_t mMaxPkgSize = 1000;
     uint32_t mMaxCallbackSize = 5;
     // Written once at start-up, read by every request without the lock.

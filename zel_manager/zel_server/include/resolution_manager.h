@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -19,10 +20,20 @@ enum ResolutionLevel : int32_t {
 
 // Seeds the settings database with the resolution modes the display settings offer and stores
 // mode changes there. The database may come up after us, so the first read and the initial writes
-// are retried on the event handle. Counters only grow and need no lock: every change happens on
-// the start-up path or the event thread, which never overlap (retries are delayed by seconds).
+// are retried on the event handle. Counters only grow and need no lock among their writers: every
+// change happens on the start-up path or the event thread, which never overlap (retries are delayed
+// by seconds). stateLock_ is only for a dump reading them, and what was last stored, elsewhere.
 class ResolutionManager : public RefBase {
 public:
+    // A copy of the live state, for a dump; -1: nothing stored yet.
+    struct State {
+        int32_t mode = -1;
+        int32_t modeResult = -1;  // the settings update's result
+        int32_t style = -1;
+        int32_t configureRetryTimes = 0;
+        int32_t databaseRetryTimes = 0;
+    };
+
     using NumbersConfig = std::map<std::string, std::vector<int32_t>>;
 
     static constexpr int32_t CONFIGURE_RETRY_LIMIT = 0;
@@ -41,6 +52,7 @@ public:
     void InitSettingsDataRetry(int32_t& retryTimes);
     void SetSettingsDataRetry(int32_t& retryTimes, NumbersConfig numbers);
     void SetResolution(uint32_t width, uint32_t height, uint32_t density);
+    State DumpState();
 
     ResolutionManager();
     ~ResolutionManager() override = default;
@@ -48,9 +60,16 @@ public:
     ResolutionManager& operator=(const ResolutionManager&) = delete;
 
 private:
+    void RememberMode(int32_t mode, int32_t result);
+    void RememberStyle(int32_t style, int32_t result);
+
     int32_t configureRetryTimes_ = 0;
     int32_t databaseRetryTimes_ = 0;
     EventHandle* eventHandle_ = nullptr;
+    std::mutex stateLock_;
+    int32_t mode_ = -1;
+    int32_t modeResult_ = -1;
+    int32_t style_ = -1;
 };
 
 }  // namespace Tarvo::Vantel

@@ -42,13 +42,15 @@ public:
     void DelayTask(const Task& task, int64_t delay);
     void ExecuteAsyncTask(const Task& task);
     void SetAnimationDelayDelete(const Task& task);
+    // Whether a task of that name was posted and has neither begun nor been withdrawn.
+    bool IsPending(const std::string& name);
 
     std::shared_ptr<AppExecFwk::EventHandler> GetHandler() const { return mHandler; }
 
 private:
     std::shared_ptr<AppExecFwk::EventRunner> runner_;
     std::shared_ptr<AppExecFwk::EventHandler> mHandler;
-    std::map<std::string, bool> startedFlags_;  // name -> its task has begun; entries are never erased
+    std::map<std::string, bool> startedFlags_;  // name -> its task has begun; withdrawn names go
     std::recursive_mutex mutex_;
 };
 

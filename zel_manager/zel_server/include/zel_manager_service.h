@@ -6,6 +6,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "system_ability.h"
 #include "zel_common_event_subscriber.h"
@@ -37,6 +38,8 @@ public:
     uint32_t SetThermalPolicy(std::map<uint32_t, uint32_t> map) override;
     uint32_t RegisterGameFpsListener(sptr<IZelCallbackInterface>& callback) override;
     uint32_t SetGameFpsForThermalControl(const std::string& pkgName, uint32_t fps) override;
+    // The live state of every component, as text, or as one JSON object with "--json".
+    int32_t Dump(int32_t fd, const std::vector<std::u16string>& args) override;
 
     // Runs on the task queue; retries every 2000 ms, without limit, until the service manager and
     // every required ability are obtainable.

@@ -3,18 +3,27 @@
 
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
+#include "event_info.h"
 #include "rs_interfaces.h"
 
 namespace Tarvo::Vantel {
 
 // The service's only path to the frame-rate arbiter (MOX), through the render-service client.
-// It decides nothing and keeps no state beyond its voter names: every call is fire-and-forget,
-// followed by an Info line. It has no lock: callers keep their own order.
+// It decides nothing: every call is fire-and-forget, followed by an Info line. Callers keep their
+// own order; the only lock guards the record of what was last sent, kept for a dump.
 class ZelMoxAdapter {
 public:
+    struct Record {
+        std::map<std::string, EventInfo> votes;  // the last of each kind (scene, thermal, power)
+        std::vector<std::string> pkgs;           // the last package report
+        bool lightSent = false;
+        bool lightStatus = false;
+    };
+
     static ZelMoxAdapter* GetInstance();
 
     ZelMoxAdapter(const ZelMoxAdapter&) = delete;
@@ -30,9 +39,16 @@ public:
     // Scene names the arbiter knows under another name.
     static const std::map<std::string, std::string>& GetSceneAliases();
 
+    Record DumpRecord();
+
 private:
     ZelMoxAdapter();
     ~ZelMoxAdapter() = default;
+
+    void Remember(const std::string& kind, const EventInfo& eventInfo);
+
+    std::mutex recordLock_;
+    Record record_;
 
     const uint32_t minRate_ = 0;
     const std::string sceneVoter_ = "VOTER_SCENE";

@@ -387,4 +387,25 @@ void FrameRateControl::SetLightAndBrightnessThreshold()
     ZEL_LOGI("FrameRateControl SetLightRange success");
 }
 
+FrameRateControl::State FrameRateControl::DumpState()
+{
+    State state;
+    state.thermForceValue = thermForceValue;
+    state.lightStateType0 = lightStateType0;
+    state.lightStateType1 = lightStateType1;
+    state.lightFactorStatus = lightFactorStatus;
+    std::lock_guard<std::recursive_mutex> lock(sceneLock);
+    state.foreground.assign(foregroundPkgList.begin(), foregroundPkgList.end());
+    state.curPkgName = curPkgName;
+    state.pendingPkgName = pendingPkgName;
+    state.originPkgName = originPkgName;
+    state.pkgIds = pkgIdMap;
+    for (const auto& [name, info] : sceneInfoMap) {
+        state.activeScenes.push_back(info);
+    }
+    state.currentScene = curSceneInfo != nullptr ? curSceneInfo->sceneName : "";
+    state.waitQueue = waitQueue;
+    return state;
+}
+
 }  // namespace Tarvo::Vantel

@@ -28,6 +28,19 @@ std::string RetryEventName(const std::string& pkgName)
 {
     return RETRY_EVENT_PREFIX + pkgName;
 }
+
+// Promoted references go to `held`, so that the last one is dropped after the registry lock.
+std::vector<bool> Liveness(const GameFpsPolicy::CallbackList& callbacks, std::vector<sptr<IZelCallbackInterface>>& held)
+{
+    std::vector<bool> alive;
+    for (const auto& weak : callbacks) {
+        sptr<IZelCallbackInterface> callback = weak.promote();
+        sptr<IRemoteObject> object = callback != nullptr ? callback->AsObject() : nullptr;
+        alive.push_back(object != nullptr && !object->IsObjectDead());
+        held.push_back(callback);
+    }
+    return alive;
+}
 }  // namespace
 
 GameFpsPolicy* GameFpsPolicy::GetInstance()
@@ -131,6 +144,7 @@ int32_t GameFpsPolicy::NotifyGameFpsChange(std::string pkgName)
     uint32_t fps = target->second;
     CallbackList pending = callbacks->second;
     mEventHandle->RemoveEvent(RetryEventName(pkgName));
+    mPendingRetries.erase(pkgName);
     ExecuteCallback(pkgName, pending, fps);
     if (!pending.empty()) {
         PostRetry(pending, pkgName, fps, CALLBACK_RETRY_TIMES);
@@ -210,6 +224,7 @@ void GameFpsPolicy::RemoveCallback(std::string pkgName, CallbackList callbacks)
 void GameFpsPolicy::PostRetry(const CallbackList& callbacks, const std::string& pkgName, uint32_t fps,
                               uint32_t retryTimes)
 {
+    mPendingRetries[pkgName] = PendingRetry{fps, retryTimes, callbacks.size()};
     mEventHandle->PostEvent(
         [this, callbacks, pkgName, fps, retryTimes]() { RetryCallback(callbacks, pkgName, fps, retryTimes); },
         RetryEventName(pkgName), CALLBACK_RETRY_DELAY_MS);
@@ -218,6 +233,7 @@ void GameFpsPolicy::PostRetry(const CallbackList& callbacks, const std::string& 
 void GameFpsPolicy::RetryCallback(CallbackList callbacks, std::string pkgName, uint32_t fps, uint32_t retryTimes)
 {
     std::lock_guard<std::recursive_mutex> lock(mMutex);
+    mPendingRetries.erase(pkgName);
     auto target = mGameFpsMap.find(pkgName);
     if (retryTimes == 0) {
         RemoveCallback(pkgName, callbacks);
@@ -364,6 +380,27 @@ void GameFpsPolicy::SetMaxCallbackSize()
     mMaxPkgSize = static_cast<uint32_t>(pkgSize);
     mMaxCallbackSize = static_cast<uint32_t>(callbackSize);
     ZEL_LOGI("GameFpsPolicy::SetMaxCallbackSize set callback size success.");
+}
+
+GameFpsPolicy::State GameFpsPolicy::DumpState()
+{
+    std::vector<sptr<IZelCallbackInterface>> held;  // outlives the lock below
+    State state;
+    state.gameFpsSwitch = mGameFpsSwitch;
+    std::lock_guard<std::recursive_mutex> lock(mMutex);
+    state.maxPkgSize = mMaxPkgSize;
+    state.maxCallbackSize = mMaxCallbackSize;
+    state.gamePkgs = mGamePkgSet;
+    state.queryingPkgs = mQueryingPkgSet;
+    for (const auto& [pkgName, callbacks] : mCallbackMap) {
+        state.callbacks[pkgName] = Liveness(callbacks, held);
+    }
+    for (const auto& [pkgName, callbacks] : mCallbackCache) {
+        state.parkedCallbacks[pkgName] = Liveness(callbacks, held);
+    }
+    state.targets = mGameFpsMap;
+    state.retries = mPendingRetries;
+    return state;
 }
 
 }  // namespace Tarvo::Vantel

@@ -102,7 +102,7 @@ void ResolutionManager::ConfigureResolutionMode()
     system::SetParameter(PARAM_RESOLUTION_RATIO, "1");
     if (!system::GetParameter(PARAM_FOLD_SCREEN_TYPE, "").empty()) {
         ZEL_LOGI("ConfigureResolutionMode don't process the fold screen type, should return");
-        (void)helper->Insert(KEY_RESOLUTION_STYLE, "0");
+        RememberStyle(0, helper->Insert(KEY_RESOLUTION_STYLE, "0"));
         return;
     }
     std::string stored;
@@ -153,7 +153,9 @@ int32_t ResolutionManager::CheckResolutionParamValid(NumbersConfig numbers)
 void ResolutionManager::SetInitialDatabaseValue(NumbersConfig numbers)
 {
     SettingsDataHelper helper;
-    int32_t ret = helper.Insert(KEY_RESOLUTION_STYLE, std::to_string(FirstNumber(numbers, RESOLUTION_STYLE)));
+    int32_t style = FirstNumber(numbers, RESOLUTION_STYLE);
+    int32_t ret = helper.Insert(KEY_RESOLUTION_STYLE, std::to_string(style));
+    RememberStyle(style, ret);
     if (ret == -1 && databaseRetryTimes_ < DATABASE_RETRY_LIMIT) {
         ZEL_LOGI("SetInitialDatabaseValue settings database hasn't initialized, retry times is %d",
                  databaseRetryTimes_);
@@ -167,7 +169,8 @@ void ResolutionManager::SetInitialDatabaseValue(NumbersConfig numbers)
     }
     int32_t defaultMode = FirstNumber(numbers, DEFAULT_RESOLUTION_MODE);
     ZEL_LOGI("SetInitialDatabaseValue defaultResolutionMode is %d", defaultMode);
-    (void)helper.Update(KEY_RESOLUTION_MODE, std::to_string(defaultMode));
+    int32_t updated = helper.Update(KEY_RESOLUTION_MODE, std::to_string(defaultMode));
+    RememberMode(defaultMode, updated);
     for (ResolutionLevel level : {ResolutionLevel::HIGH, ResolutionLevel::MIDDLE, ResolutionLevel::LOW}) {
         uint32_t width = 0;
         uint32_t height = 0;
@@ -180,13 +183,19 @@ void ResolutionManager::SetInitialDatabaseValue(NumbersConfig numbers)
 
 void ResolutionManager::InitSettingsDataRetry(int32_t& retryTimes)
 {
-    retryTimes++;
+    {
+        std::lock_guard<std::mutex> lock(stateLock_);
+        retryTimes++;
+    }
     eventHandle_->DelayTask([this]() { ConfigureResolutionMode(); }, CONFIGURE_RETRY_DELAY_MS);
 }
 
 void ResolutionManager::SetSettingsDataRetry(int32_t& retryTimes, NumbersConfig numbers)
 {
-    retryTimes++;
+    {
+        std::lock_guard<std::mutex> lock(stateLock_);
+        retryTimes++;
+    }
     eventHandle_->DelayTask([this, numbers]() { SetInitialDatabaseValue(numbers); }, DATABASE_RETRY_DELAY_MS);
 }
 
@@ -205,6 +214,7 @@ void ResolutionManager::SetResolutionMode(int32_t mode, int32_t /* flag */)
     }
     SettingsDataHelper helper;
     int32_t ret = helper.Update(KEY_RESOLUTION_MODE, std::to_string(mode));
+    RememberMode(mode, ret);
     ZEL_LOGW("SetResolutionMode Update mode=%d result=%d", mode, ret);
 }
 
@@ -258,8 +268,31 @@ void ResolutionManager::InitDefaultResolutionMode()
     system::SetParameter(PARAM_RESOLUTION_RATIO, "1");
     if (!system::GetParameter(PARAM_FOLD_SCREEN_TYPE, "").empty()) {
         int32_t ret = helper.Insert(KEY_RESOLUTION_STYLE, "0");
+        GetInstance()->RememberStyle(0, ret);
         ZEL_LOGI("InitDefaultResolutionMode after Insert ret=%d", ret);
     }
+}
+
+void ResolutionManager::RememberMode(int32_t mode, int32_t result)
+{
+    std::lock_guard<std::mutex> lock(stateLock_);
+    mode_ = mode;
+    modeResult_ = result;
+}
+
+void ResolutionManager::RememberStyle(int32_t style, int32_t result)
+{
+    if (result != 0) {
+        return;
+    }
+    std::lock_guard<std::mutex> lock(stateLock_);
+    style_ = style;
+}
+
+ResolutionManager::State ResolutionManager::DumpState()
+{
+    std::lock_guard<std::mutex> lock(stateLock_);
+    return State{mode_, modeResult_, style_, configureRetryTimes_, databaseRetryTimes_};
 }
 
 }  // namespace Tarvo::Vantel

@@ -72,7 +72,16 @@ void EventHandle::RemoveEvent(const std::string& name)
     if (it != startedFlags_.end() && !it->second) {
         // RemoveTask only edits the handler's queue; it never runs a task.
         mHandler->RemoveTask(name);
+        // Nothing of that name is left to withdraw, as after it began.
+        startedFlags_.erase(it);
     }
+}
+
+bool EventHandle::IsPending(const std::string& name)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    auto it = startedFlags_.find(name);
+    return it != startedFlags_.end() && !it->second;
 }
 
 void EventHandle::DelayTask(const Task& task, int64_t delay)

@@ -1,5 +1,7 @@
 #include "zel_manager_service.h"
 
+#include <cstdio>
+
 #include "common_event_manager.h"
 #include "common_event_support.h"
 #include "frame_rate_control.h"
@@ -10,6 +12,7 @@
 #include "resolution_manager.h"
 #include "zel_bundle_mgr_adapter.h"
 #include "zel_common_adapter.h"
+#include "zel_dump.h"
 #include "zel_log.h"
 #include "zel_manager_config.h"
 
@@ -24,6 +27,8 @@ constexpr uint32_t THERMAL_POLICY_DONE = 1;
 constexpr uint32_t APP_STATE_OBSERVER_RETRY_TIMES = 3;
 constexpr uint32_t GAME_PKG_QUERY_RETRY_TIMES = 5;
 constexpr uint32_t THERMAL_FORCE_KEY = 101;
+constexpr int32_t DUMP_WRITE_FAILED = -1;
+
 }  // namespace
 
 ZelManagerService::ZelManagerService(int32_t systemAbilityId, bool runOnCreate)
@@ -149,6 +154,17 @@ uint32_t ZelManagerService::RegisterGameFpsListener(sptr<IZelCallbackInterface>&
 uint32_t ZelManagerService::SetGameFpsForThermalControl(const std::string& pkgName, uint32_t fps)
 {
     return static_cast<uint32_t>(GameFpsPolicy::GetInstance()->SetGameFpsForThermalControl(pkgName, fps));
+}
+
+int32_t ZelManagerService::Dump(int32_t fd, const std::vector<std::u16string>& args)
+{
+    bool json = false;
+    for (const auto& arg : args) {
+        json = json || arg == u"--json";
+    }
+    ServiceDump dump = CollectServiceDump();
+    std::string text = json ? DumpJson(dump) + "\n" : DumpText(dump);
+    return dprintf(fd, "%s", text.c_str()) < 0 ? DUMP_WRITE_FAILED : 0;
 }
 
 }  // namespace Tarvo::Vantel

@@ -32,6 +32,10 @@ void ZelMoxAdapter::SendPkgToMOX(const std::vector<std::string>& pkgs)
         return;
     }
     rsInterfaces_.NotifyPackageEvent(static_cast<uint32_t>(pkgs.size()), pkgs);
+    {
+        std::lock_guard<std::mutex> lock(recordLock_);
+        record_.pkgs = pkgs;
+    }
     ZEL_LOGI("ZelMoxAdapter SendPkgToMOX pkgName = %{public}s", pkgs.front().c_str());
 }
 
@@ -47,6 +51,7 @@ void ZelMoxAdapter::SendSceneInfoToMOX(const std::string& sceneName, bool state)
     eventInfo.eventStatus = state;
     eventInfo.description = sentName;
     rsInterfaces_.NotifyRefreshRateEvent(eventInfo);
+    Remember("scene", eventInfo);
     ZEL_LOGI("ZelMoxAdapter SendSceneInfoToMOX sceneName = %{public}s, state = %{public}d", sentName.c_str(),
              static_cast<int>(state));
 }
@@ -59,6 +64,7 @@ void ZelMoxAdapter::SendThermForceRateFrameToMOX(uint32_t value, bool state)
     eventInfo.minRefreshRate = minRate_;
     eventInfo.maxRefreshRate = value;
     rsInterfaces_.NotifyRefreshRateEvent(eventInfo);
+    Remember("thermal", eventInfo);
     ZEL_LOGI("ZelMoxAdapter SendThermForceRateFrameToMOX value = %{public}d, state = %{public}d",
              static_cast<int>(value), static_cast<int>(state));
 }
@@ -71,13 +77,31 @@ void ZelMoxAdapter::SendPowerToMOX(int32_t mode, bool state)
     eventInfo.minRefreshRate = minRate_;
     eventInfo.maxRefreshRate = static_cast<uint32_t>(mode);
     rsInterfaces_.NotifyRefreshRateEvent(eventInfo);
+    Remember("power", eventInfo);
     ZEL_LOGI("ZelMoxAdapter SendPowerToMOX state = %{public}d", static_cast<int>(state));
 }
 
 void ZelMoxAdapter::SetLightFactorStatus(bool state)
 {
     rsInterfaces_.NotifyLightFactorStatus(state);
+    {
+        std::lock_guard<std::mutex> lock(recordLock_);
+        record_.lightSent = true;
+        record_.lightStatus = state;
+    }
     ZEL_LOGI("ZelMoxAdapter SetLightFactorStatus success ,state = %{public}d", static_cast<int>(state));
+}
+
+void ZelMoxAdapter::Remember(const std::string& kind, const EventInfo& eventInfo)
+{
+    std::lock_guard<std::mutex> lock(recordLock_);
+    record_.votes[kind] = eventInfo;
+}
+
+ZelMoxAdapter::Record ZelMoxAdapter::DumpRecord()
+{
+    std::lock_guard<std::mutex> lock(recordLock_);
+    return record_;
 }
 
 }  // namespace Tarvo::Vantel

@@ -6,6 +6,8 @@
 // returns once its action has been started, and reports bad arguments as false with a reason,
 // changing nothing.
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -14,6 +16,7 @@
 #include <vector>
 
 #include "package_catalog.h"
+#include "process_session.h"
 #include "trace.h"
 #include "virtual_clock.h"
 
@@ -98,6 +101,18 @@ public:
     virtual bool PublishEvent(const std::string& action, const std::optional<std::string>& bundle,
                               std::optional<int32_t> code, std::string* error) = 0;
     virtual bool Light(uint32_t type, bool state, std::string* error) = 0;
+
+    // A process outside the device (a client such as zelctl) acts as `caller` from now on: its
+    // real pid gets a fresh emulated identity of that kind (an installed bundle: that application's
+    // uid). Only a device in real processes has a registry to put it in.
+    virtual bool AdoptProcess(pid_t realPid, const CallerSpec& caller, ProcessIdentity* given, std::string* error)
+    {
+        (void)realPid;
+        (void)caller;
+        (void)given;
+        *error = "this device cannot adopt outside processes";
+        return false;
+    }
 
     virtual Trace& GetTrace() = 0;
     // A crash or hang of the device or the service, once detected; empty while healthy.

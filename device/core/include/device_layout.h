@@ -22,14 +22,16 @@ constexpr int32_t NATIVE_CALLER_PID = 51;
 constexpr int32_t SHELL_CALLER_PID = 52;
 constexpr int32_t SERVICE_PID = 1000;
 constexpr int32_t FIRST_APP_PID = 2000;
+// Outside processes the device adopts (clients acting as a caller or an application).
+constexpr int32_t FIRST_ADOPTED_PID = 900000;
 constexpr const char* CONFIG_RELATIVE_PATH = "etc/zel_manager/zel_manager_config.xml";
 
 // A native process of the system (uid 1000).
 ProcessIdentity NativeIdentity(int32_t pid, const std::string& name);
 ProcessIdentity SamgrIdentity();
 ProcessIdentity ServiceIdentity();
-// SYSTEM, NATIVE or SHELL.
-ProcessIdentity CallerIdentity(CallerSpec::Kind kind);
+// SYSTEM, NATIVE or SHELL; `pid` 0 is the device's own caller process of that kind.
+ProcessIdentity CallerIdentity(CallerSpec::Kind kind, int32_t pid = 0);
 ProcessIdentity AppIdentity(int32_t pid, const Package& package);
 // The folder the configuration lookup starts from.
 std::string ConfigFolder(const std::string& dataDir);

@@ -78,15 +78,17 @@ ProcessIdentity ServiceIdentity()
     return NativeIdentity(SERVICE_PID, "zel_manager_service");
 }
 
-ProcessIdentity CallerIdentity(CallerSpec::Kind kind)
+ProcessIdentity CallerIdentity(CallerSpec::Kind kind, int32_t pid)
 {
     switch (kind) {
         case CallerSpec::Kind::SYSTEM:
-            return Identity(SYSTEM_CALLER_PID, 1000, Security::AccessToken::TOKEN_HAP, true, "system_caller");
+            return Identity(pid != 0 ? pid : SYSTEM_CALLER_PID, 1000, Security::AccessToken::TOKEN_HAP, true,
+                            "system_caller");
         case CallerSpec::Kind::SHELL:
-            return Identity(SHELL_CALLER_PID, 2000, Security::AccessToken::TOKEN_SHELL, false, "shell");
+            return Identity(pid != 0 ? pid : SHELL_CALLER_PID, 2000, Security::AccessToken::TOKEN_SHELL, false,
+                            "shell");
         default:
-            return NativeIdentity(NATIVE_CALLER_PID, "native_caller");
+            return NativeIdentity(pid != 0 ? pid : NATIVE_CALLER_PID, "native_caller");
     }
 }
 

@@ -81,6 +81,7 @@ public:
     bool PublishEvent(const std::string& action, const std::optional<std::string>& bundle, std::optional<int32_t> code,
                       std::string* error) override;
     bool Light(uint32_t type, bool state, std::string* error) override;
+    bool AdoptProcess(pid_t realPid, const CallerSpec& caller, ProcessIdentity* given, std::string* error) override;
     Trace& GetTrace() override { return trace_; }
     std::string Failure() const override;
     void Shutdown() override;
@@ -139,6 +140,7 @@ private:
     std::map<std::string, Callback> callbacks_;  // by "BUNDLE/CBNAME"
     int32_t nextServicePid_ = DeviceLayout::FIRST_SERVICE_PID;
     int32_t nextAppPid_ = DeviceLayout::FIRST_APP_PID;
+    int32_t nextAdoptedPid_ = DeviceLayout::FIRST_ADOPTED_PID;
     bool booted_ = false;
     mutable std::string failure_;
 

@@ -1,5 +1,6 @@
 // The controls of a device in real processes: each goes to the process that owns what it touches.
 #include <signal.h>
+#include <unistd.h>
 
 #include "common_event_support.h"
 #include "input_text.h"
@@ -208,6 +209,23 @@ ProcessDevice::Child* ProcessDevice::AppChild(const std::string& bundle, std::st
         return nullptr;
     }
     return Find(name);
+}
+
+bool ProcessDevice::AdoptProcess(pid_t realPid, const CallerSpec& caller, ProcessIdentity* given, std::string* error)
+{
+    if (registry_ == nullptr || realPid <= 0 || realPid == getpid()) {
+        return Fail(error, "no process to adopt");
+    }
+    if (caller.kind == CallerSpec::Kind::BUNDLE) {
+        std::optional<Package> package = catalog_.FindByBundle(caller.bundle);
+        if (!package) {
+            return Fail(error, "package " + Shown(caller.bundle) + " is not installed");
+        }
+        *given = AppIdentity(nextAdoptedPid_++, *package);
+    } else {
+        *given = CallerIdentity(caller.kind, nextAdoptedPid_++);
+    }
+    return registry_->Register(realPid, {*given}, error);
 }
 
 ProcessDevice::Child* ProcessDevice::CallerChild(const CallerSpec& caller, std::string* error)

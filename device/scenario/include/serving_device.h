@@ -11,6 +11,8 @@
 //    ipc.done and ipc.unsent events carry; those events are printed. A refused command stops the
 //    rest (exit 1); a failed expect is reported and the rest goes on (exit 3).
 //  - Requests from several clients are played one at a time; trace readers are served meanwhile.
+//  - `adopt CALLER` gives the connecting process (its real pid, from the kernel) an identity in
+//    the device's registry and answers its emulated pid.
 //  - `trace -f` keeps sending new events until the client goes or the device stops.
 //  - Stop() may be called from any thread: Serve() then returns once every client is answered.
 
@@ -46,6 +48,8 @@ public:
 private:
     void Answer(int fd);
     int AnswerSend(ControlChannel& channel);
+    // `adopt CALLER`: the connecting process acts as CALLER (system, native, shell or a bundle).
+    int AnswerAdopt(int fd, const std::string& caller, ControlChannel& channel);
     void AnswerTrace(ControlChannel& channel, bool follow);
     // The sent lines as a scenario; false after writing every error.
     bool Parse(const std::vector<std::string>& lines, Scenario* parsed, ControlChannel& channel);

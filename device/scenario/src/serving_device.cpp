@@ -140,10 +140,37 @@ void ServingDevice::Answer(int fd)
     } else if (request == "trace" || request == "trace -f") {
         AnswerTrace(channel, *request == "trace -f");
         status = 0;
+    } else if (request && request->starts_with("adopt ")) {
+        status = AnswerAdopt(fd, request->substr(6), channel);
     } else {
         channel.WriteLine("2 zel_device: unknown control request '" + Shown(request.value_or("")) + "'");
     }
     channel.WriteLine("exit " + std::to_string(status));
+}
+
+int ServingDevice::AnswerAdopt(int fd, const std::string& caller, ControlChannel& channel)
+{
+    ucred peer{};
+    socklen_t size = sizeof(peer);
+    if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
+        channel.WriteLine("2 zel_device: the client's process is unknown");
+        return 1;
+    }
+    CallerSpec spec{CallerSpec::Kind::BUNDLE, caller};
+    const std::map<std::string, CallerSpec::Kind> kinds = {
+        {"system", CallerSpec::Kind::SYSTEM}, {"native", CallerSpec::Kind::NATIVE}, {"shell", CallerSpec::Kind::SHELL}};
+    if (auto kind = kinds.find(caller); kind != kinds.end()) {
+        spec = {kind->second, ""};
+    }
+    ProcessIdentity given;
+    std::string error;
+    std::lock_guard<std::mutex> lock(playMutex_);
+    if (!device_.AdoptProcess(peer.pid, spec, &given, &error)) {
+        channel.WriteLine("2 zel_device: cannot adopt pid " + std::to_string(peer.pid) + ": " + error);
+        return 1;
+    }
+    channel.WriteLine("1 " + std::to_string(given.pid));
+    return 0;
 }
 
 int ServingDevice::AnswerSend(ControlChannel& channel)

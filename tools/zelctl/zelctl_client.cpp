@@ -93,9 +93,11 @@ Status DeviceLink::Adopt(const std::string& caller, std::string* error)
         return OK;
     }
     // "2 zel_device: reason\nexit N\n": the reason is the first line after its channel number.
+    const std::string prefix = "2 zel_device: ";
     size_t end = answer.find('\n');
-    *error = answer.starts_with("2 ") ? answer.substr(2, end - 2) : "the device at " + runDir_ + " did not answer";
-    return answer.starts_with("2 ") ? REFUSED : NO_DEVICE;
+    *error = answer.starts_with(prefix) ? "the device refused: " + answer.substr(prefix.size(), end - prefix.size())
+                                        : "the device at " + runDir_ + " did not answer";
+    return answer.starts_with(prefix) ? REFUSED : NO_DEVICE;
 }
 
 Status DeviceLink::Join(const std::string& caller, std::string* error)

@@ -2,6 +2,8 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "common_event_support.h"
 #include "input_text.h"
 #include "ipc_types.h"
@@ -213,7 +215,9 @@ ProcessDevice::Child* ProcessDevice::AppChild(const std::string& bundle, std::st
 
 bool ProcessDevice::AdoptProcess(pid_t realPid, const CallerSpec& caller, ProcessIdentity* given, std::string* error)
 {
-    if (registry_ == nullptr || realPid <= 0 || realPid == getpid()) {
+    const bool ours = std::any_of(children_.begin(), children_.end(),
+                                  [realPid](const auto& child) { return child.second.process->Pid() == realPid; });
+    if (registry_ == nullptr || realPid <= 0 || realPid == getpid() || ours) {
         return Fail(error, "no process to adopt");
     }
     if (caller.kind == CallerSpec::Kind::BUNDLE) {

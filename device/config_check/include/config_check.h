@@ -24,8 +24,8 @@ struct ConfigCheck {
     std::vector<ConfigFinding> findings;
 };
 
-// The schema shipped with the default configuration.
-const char* DefaultConfigSchema();
+// The schema shipped with the default configuration, beside the running executable.
+std::string DefaultConfigSchema();
 
 ConfigCheck CheckConfigFile(const std::string& path, const std::string& schemaPath = DefaultConfigSchema());
 

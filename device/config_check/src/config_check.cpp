@@ -3,6 +3,7 @@
 #include <libxml/parser.h>
 
 #include "config_check_parts.h"
+#include "program_files.h"
 
 namespace Tarvo::Emu {
 
@@ -13,9 +14,9 @@ std::string Logs(const std::string& message)
 }
 }  // namespace ConfigCheckParts
 
-const char* DefaultConfigSchema()
+std::string DefaultConfigSchema()
 {
-    return ZEL_CONFIG_SCHEMA;
+    return OwnProgramFiles().configSchema;
 }
 
 ConfigCheck CheckConfigFile(const std::string& path, const std::string& schemaPath)

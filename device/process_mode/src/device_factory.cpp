@@ -5,6 +5,7 @@
 #include "crash_reporter.h"
 #include "device.h"
 #include "process_device.h"
+#include "program_files.h"
 
 namespace Tarvo::Emu {
 
@@ -16,10 +17,10 @@ std::unique_ptr<DeviceControl> MakeDevice(const DeviceOptions& options)
     setup.keepDataDir = options.keepDataDir;
     setup.log = options.log;
     setup.scenarioDir = options.scenarioDir;
-    // The build's library unless the environment points elsewhere (an installed copy, a variant).
+    // The library beside the executable unless the environment points elsewhere (a variant).
     const char* library = std::getenv("ZEL_SERVICE_LIBRARY");
-    setup.serviceLibrary = library != nullptr ? library : ZEL_SERVICE_LIBRARY;
-    setup.defaultConfig = ZEL_DEFAULT_CONFIG;
+    setup.serviceLibrary = library != nullptr ? library : OwnProgramFiles().serviceLibrary;
+    setup.defaultConfig = OwnProgramFiles().defaultConfig;
     if (options.processes) {
         return std::make_unique<ProcessDevice>(
             ProcessDeviceSetup{std::move(setup), options.runDir, {}, !options.realtime});

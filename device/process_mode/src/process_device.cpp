@@ -11,6 +11,7 @@
 #include "ipc_skeleton.h"
 #include "ipc_types.h"
 #include "platform_clock.h"
+#include "program_files.h"
 #include "sequencer.h"
 #include "socket_transport.h"
 #include "virtual_clock.h"
@@ -24,12 +25,6 @@ constexpr auto kStopGrace = std::chrono::milliseconds(2000);
 constexpr const char* kServiceRoles[] = {"app_manager",   "bundle_manager", "app_category", "component_scheduler",
                                          "render",        "display",        "power",        "params",
                                          "common_events", "settings"};
-
-std::string Executable()
-{
-    std::error_code failed;
-    return std::filesystem::read_symlink("/proc/self/exe", failed).string();
-}
 
 std::string CallerName(CallerSpec::Kind kind)
 {
@@ -69,7 +64,7 @@ bool ProcessDevice::Start()
     if (!StartTime()) {
         return false;
     }
-    executable_ = setup_.executable.empty() ? Executable() : setup_.executable;
+    executable_ = setup_.executable.empty() ? RunningExecutable() : setup_.executable;
     registry_ = std::make_unique<ProcessRegistry>(runPath_ + "/registry");
     const ProcessIdentity self = NativeIdentity(CONTROLLER_PID, "zel_device");
     if (!VirtualProcess::SetHostIdentity(self) || !IPCTransport::Install(new SocketTransport({runPath_})) ||

@@ -47,7 +47,8 @@ grep -qx "zelctl: the device refused: cannot adopt pid [0-9]*: package com.examp
 
 # The game feature comes with the configuration the service reads shortly after start.
 games_on() { "$zelctl" --dir "$run" dump --json | python3 -c 'import json,sys; sys.exit(0 if json.load(sys.stdin)["games"]["enabled"] else 1)'; }
-for _ in $(seq 100); do games_on && break; sleep 0.1; done
+# Bounded (a minute), for sanitised builds that start slowly.
+for _ in $(seq 600); do games_on && break; sleep 0.1; done
 games_on || fail "the dump's JSON does not parse or games stay off"
 
 "$zelctl" --dir "$run" listen --as com.example.racer cb1 >"$work/listen.out" 2>"$work/listen.err" &

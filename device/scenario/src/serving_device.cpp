@@ -156,16 +156,16 @@ int ServingDevice::AnswerAdopt(int fd, const std::string& caller, ControlChannel
         channel.WriteLine("2 zel_device: the client's process is unknown");
         return 1;
     }
-    CallerSpec spec{CallerSpec::Kind::BUNDLE, caller};
+    CallerSpec wanted{CallerSpec::Kind::BUNDLE, caller};
     const std::map<std::string, CallerSpec::Kind> kinds = {
         {"system", CallerSpec::Kind::SYSTEM}, {"native", CallerSpec::Kind::NATIVE}, {"shell", CallerSpec::Kind::SHELL}};
     if (auto kind = kinds.find(caller); kind != kinds.end()) {
-        spec = {kind->second, ""};
+        wanted = {kind->second, ""};
     }
     ProcessIdentity given;
     std::string error;
     std::lock_guard<std::mutex> lock(playMutex_);
-    if (!device_.AdoptProcess(peer.pid, spec, &given, &error)) {
+    if (!device_.AdoptProcess(peer.pid, wanted, &given, &error)) {
         channel.WriteLine("2 zel_device: cannot adopt pid " + std::to_string(peer.pid) + ": " + error);
         return 1;
     }

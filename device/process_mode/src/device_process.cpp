@@ -26,7 +26,6 @@
 #include "shared_time_page.h"
 #include "socket_transport.h"
 #include "virtual_clock.h"
-#include "work_tracker.h"
 
 namespace Tarvo::Emu {
 namespace {

@@ -8,9 +8,7 @@
 #include "input_text.h"
 #include "ipc_types.h"
 #include "process_device.h"
-#include "socket_transport.h"
 #include "virtual_clock.h"
-#include "work_tracker.h"
 
 namespace Tarvo::Emu {
 namespace {

@@ -129,12 +129,11 @@ int InProcessTransport::SendOneWay(const std::shared_ptr<Transaction>& txn, Virt
     if (Sequencer::Enabled()) {
         // In virtual time each request has a turn of its own, taken as it is sent: the line keeps
         // them in the order sent, whichever process sends them.
-        return owner.Post([this, txn] {
+        const bool posted = owner.Post([this, txn] {
             Deliver(*txn);
             txn->pending.reset();
-        })
-                   ? ERR_NONE
-                   : ERR_DEAD_OBJECT;
+        });
+        return posted ? ERR_NONE : ERR_DEAD_OBJECT;
     }
     sptr<IPCObjectStub> target = txn->target;
     if (!oneWay_->Push(txn)) {

@@ -39,7 +39,7 @@ public:
     static constexpr int EXIT_DEVICE_FAILED = 1;
     static constexpr int EXIT_SCENARIO_ERROR = 2;
     static constexpr int EXIT_EXPECT_FAILED = 3;
-    static constexpr const char* VERSION = "0.1.0";
+    static constexpr const char* VERSION = ZEL_VERSION;
 
     ZelDeviceApp(DeviceFactory factory, std::ostream& out, std::ostream& err);
 

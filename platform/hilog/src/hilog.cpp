@@ -53,12 +53,6 @@ Outputs Snapshot()
     return State().outputs;
 }
 
-int64_t ThreadId()
-{
-    thread_local const int64_t tid = static_cast<int64_t>(syscall(SYS_gettid));
-    return tid;
-}
-
 int64_t WallClockMs()
 {
     using namespace std::chrono;
@@ -230,12 +224,12 @@ int HiLogPrintArgs(LogType type, LogLevel level, unsigned int domain, const char
     record.domain = domain;
     record.tag = tag != nullptr ? tag : "";
     record.pid = VirtualProcess::Current()->Pid();
-    record.tid = ThreadId();
     const Outputs outputs = Snapshot();
     const Sinks sinks = Accepting(outputs, record);
     if (sinks.empty() && !outputs.stderrEnabled) {
         return 0;
     }
+    record.tid = static_cast<int64_t>(syscall(SYS_gettid));
     record.message = FormatArgs(format != nullptr ? format : "", args);
     Deliver(record, sinks, outputs);
     return static_cast<int>(record.message.size());

@@ -39,10 +39,15 @@ public:
     bool Delivered() const;
 
     void OnTransaction(const TransactionRecord& record);
+    // Only the lines OnLog traces: the rest are never formatted.
+    bool Accepts(const HiviewDFX::LogRecord& record) const override;
     void OnLog(const HiviewDFX::LogRecord& record) override;
     void Detach();
 
 private:
+    enum class LogKind { NONE, SERVICE, APP };
+    // Call with the lock held; `tag` is the logging thread's.
+    LogKind KindOf(const HiviewDFX::LogRecord& record, uint64_t tag) const;
     // The trace to emit into outside the lock (the trace may forward to another process), or null
     // once detached; each non-null Enter() is matched by Leave().
     Trace* Enter();

@@ -4,11 +4,14 @@ namespace Tarvo::Emu {
 
 void DeviceServiceManager::SetObtainable(int32_t systemAbilityId, bool obtainable)
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (obtainable) {
-        hidden_.erase(systemAbilityId);
-    } else {
-        hidden_.insert(systemAbilityId);
+    bool changed = false;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        changed = obtainable ? hidden_.erase(systemAbilityId) != 0 : hidden_.insert(systemAbilityId).second;
+    }
+    // Holders of the ability hear of it as of a removal or an addition.
+    if (changed) {
+        NotifyStatus(systemAbilityId, obtainable);
     }
 }
 

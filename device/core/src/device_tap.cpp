@@ -97,6 +97,25 @@ void DeviceTap::OnTransaction(const TransactionRecord& record)
                  {"reply", std::move(reply)}});
 }
 
+DeviceTap::LogKind DeviceTap::KindOf(const HiviewDFX::LogRecord& record, uint64_t tag) const
+{
+    if (trace_ == nullptr) {
+        return LogKind::NONE;
+    }
+    // The service's own lines: its domain, from its process (libraries there log under theirs).
+    if (servicePid_ != 0 && record.pid == servicePid_ && record.domain == Vantel::ZEL_LOG_LABEL.domain) {
+        return LogKind::SERVICE;
+    }
+    return appPid_ != 0 && record.pid == appPid_ && tag == line_ ? LogKind::APP : LogKind::NONE;
+}
+
+bool DeviceTap::Accepts(const HiviewDFX::LogRecord& record) const
+{
+    const uint64_t tag = IPCTransport::CurrentTag();
+    std::lock_guard<std::mutex> lock(mutex_);
+    return KindOf(record, tag) != LogKind::NONE;
+}
+
 void DeviceTap::OnLog(const HiviewDFX::LogRecord& record)
 {
     const std::string level(1, HiviewDFX::LevelLetter(record.level));
@@ -106,18 +125,17 @@ void DeviceTap::OnLog(const HiviewDFX::LogRecord& record)
     std::string ev;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        if (trace_ == nullptr) {
-            return;
-        }
-        // The service's own lines: its domain, from its process (libraries there log under theirs).
-        if (servicePid_ != 0 && record.pid == servicePid_ && record.domain == Vantel::ZEL_LOG_LABEL.domain) {
-            ev = "log";
-            fields = {{"level", level}, {"msg", record.message}};
-        } else if (appPid_ != 0 && record.pid == appPid_ && tag == line_) {
-            ev = "app.log";
-            fields = {{"bundle", bundle_}, {"level", level}, {"msg", record.message}};
-        } else {
-            return;
+        switch (KindOf(record, tag)) {
+            case LogKind::SERVICE:
+                ev = "log";
+                fields = {{"level", level}, {"msg", record.message}};
+                break;
+            case LogKind::APP:
+                ev = "app.log";
+                fields = {{"bundle", bundle_}, {"level", level}, {"msg", record.message}};
+                break;
+            case LogKind::NONE:
+                return;
         }
         trace = trace_;
         ++inside_;

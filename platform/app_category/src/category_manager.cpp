@@ -2,9 +2,9 @@
 
 #include "app_category_interface.h"
 #include "ipc_types.h"
-#include "iservice_registry.h"
 #include "message_option.h"
 #include "message_parcel.h"
+#include "system_ability_cache.h"
 
 namespace QuillonServiceClient {
 namespace {
@@ -42,9 +42,9 @@ int32_t ReadInfos(MessageParcel& reply, std::vector<AppCategoryInfo>& infos)
 int32_t CategoryManager::GetCategoryFromSystem(std::vector<std::string>& bundleNames,
                                                std::vector<AppCategoryInfo>& infos, std::string caller)
 {
-    Tarvo::sptr<Tarvo::ISystemAbilityManager> samgr =
-        Tarvo::SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
-    Tarvo::sptr<Tarvo::IRemoteObject> remote = samgr != nullptr ? samgr->GetSystemAbility(APP_CATEGORY_SA_ID) : nullptr;
+    // Never destroyed: the kept proxies must not go during static destruction.
+    static auto* service = new Tarvo::SystemAbilityCache(APP_CATEGORY_SA_ID);
+    Tarvo::sptr<Tarvo::IRemoteObject> remote = service->GetObject();
     if (remote == nullptr) {
         return CATEGORY_ERR_UNAVAILABLE;
     }

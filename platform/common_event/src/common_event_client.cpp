@@ -1,7 +1,7 @@
 #include "common_event_client.h"
 
 #include "ipc_types.h"
-#include "iservice_registry.h"
+#include "system_ability_cache.h"
 
 namespace Tarvo::EventFwk {
 
@@ -14,15 +14,11 @@ CommonEventClient& CommonEventClient::GetInstance()
 
 sptr<ICommonEventService> CommonEventClient::GetService()
 {
-    sptr<ISystemAbilityManager> samgr = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
-    if (samgr == nullptr) {
-        return nullptr;
-    }
-    sptr<IRemoteObject> object = samgr->GetSystemAbility(COMMON_EVENT_SERVICE_ID);
-    if (object == nullptr || object->IsObjectDead()) {
-        return nullptr;
-    }
-    return iface_cast<ICommonEventService>(object);
+    // Never destroyed, as the client itself.
+    static auto* client = new SystemAbilityClient<ICommonEventService>(COMMON_EVENT_SERVICE_ID);
+    sptr<ICommonEventService> service = client->Get();
+    sptr<IRemoteObject> object = service != nullptr ? service->AsObject() : nullptr;
+    return object != nullptr && !object->IsObjectDead() ? service : nullptr;
 }
 
 bool CommonEventClient::Subscribe(const std::shared_ptr<CommonEventSubscriber>& subscriber)

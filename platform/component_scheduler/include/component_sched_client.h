@@ -1,8 +1,8 @@
 #ifndef TARVO_COMPONENT_SCHEDULER_COMPONENT_SCHED_CLIENT_H
 #define TARVO_COMPONENT_SCHEDULER_COMPONENT_SCHED_CLIENT_H
 
-// Asks the component scheduler, synchronously, for a package's type. Holds no state: the
-// scheduler is looked up on every call, as it may come and go.
+// Asks the component scheduler, synchronously, for a package's type. The scheduler is found once
+// and kept while it lives and stays obtainable.
 
 #include <cstdint>
 #include <string>

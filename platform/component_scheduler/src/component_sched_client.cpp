@@ -2,9 +2,9 @@
 
 #include "component_sched_interface.h"
 #include "ipc_types.h"
-#include "iservice_registry.h"
 #include "message_option.h"
 #include "message_parcel.h"
+#include "system_ability_cache.h"
 
 namespace Tarvo::ComponentScheduler {
 
@@ -16,8 +16,9 @@ ComponentSchedClient& ComponentSchedClient::GetInstance()
 
 int32_t ComponentSchedClient::GetApptype(const std::string& bundleName, int& type)
 {
-    sptr<ISystemAbilityManager> samgr = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
-    sptr<IRemoteObject> remote = samgr != nullptr ? samgr->GetSystemAbility(COMPONENT_SCHED_SA_ID) : nullptr;
+    // Never destroyed: the kept proxies must not go during static destruction.
+    static auto* service = new SystemAbilityCache(COMPONENT_SCHED_SA_ID);
+    sptr<IRemoteObject> remote = service->GetObject();
     if (remote == nullptr) {
         return COMPONENT_SCHED_ERR_UNAVAILABLE;
     }

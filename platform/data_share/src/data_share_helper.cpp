@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "i_data_share_provider.h"
-#include "iservice_registry.h"
+#include "system_ability_cache.h"
 
 namespace Tarvo::DataShare {
 namespace {
@@ -24,9 +24,9 @@ std::shared_ptr<DataShareHelper> DataShareHelper::Creator(const sptr<IRemoteObje
     if (token == nullptr) {
         return nullptr;
     }
-    sptr<ISystemAbilityManager> samgr = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
-    sptr<IRemoteObject> object = samgr != nullptr ? samgr->GetSystemAbility(DATA_SHARE_PROVIDER_SA_ID) : nullptr;
-    sptr<IDataShareProvider> provider = object != nullptr ? iface_cast<IDataShareProvider>(object) : nullptr;
+    // Never destroyed: the kept proxies must not go during static destruction.
+    static auto* client = new SystemAbilityClient<IDataShareProvider>(DATA_SHARE_PROVIDER_SA_ID);
+    sptr<IDataShareProvider> provider = client->Get();
     if (provider == nullptr) {
         return nullptr;
     }

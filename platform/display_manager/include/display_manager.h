@@ -5,7 +5,7 @@
 
 namespace Tarvo::Vantel {
 
-// The display client of a process; each call asks the display manager service anew. Thread-safe.
+// The display client of a process; each call is a request to the display manager service. Thread-safe.
 class DisplayManager {
 public:
     static DisplayManager& GetInstance();

@@ -9,7 +9,7 @@
 
 namespace Tarvo::Vantel {
 
-// The screen client of a process; each call asks the display manager service anew. Thread-safe.
+// The screen client of a process; each call is a request to the display manager service. Thread-safe.
 class ScreenManager {
 public:
     static ScreenManager& GetInstance();

@@ -1,17 +1,15 @@
 #include "display_manager_client.h"
 
-#include "iservice_registry.h"
+#include "system_ability_cache.h"
 
 namespace Tarvo::Vantel {
 
 sptr<IDisplayManagerService> GetDisplayManagerService()
 {
-    sptr<ISystemAbilityManager> samgr = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
-    if (samgr == nullptr) {
-        return nullptr;
-    }
-    sptr<IRemoteObject> object = samgr->GetSystemAbility(IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID);
-    return object != nullptr ? iface_cast<IDisplayManagerService>(object) : nullptr;
+    // Never destroyed: the kept proxies must not go during static destruction.
+    static auto* client =
+        new SystemAbilityClient<IDisplayManagerService>(IDisplayManagerService::DISPLAY_MANAGER_SERVICE_SA_ID);
+    return client->Get();
 }
 
 }  // namespace Tarvo::Vantel

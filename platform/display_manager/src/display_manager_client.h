@@ -6,7 +6,7 @@
 namespace Tarvo::Vantel {
 
 // The display manager service as the calling thread's process sees it; null while the service
-// manager or the service cannot be reached. Looked up on every call: services come and go.
+// manager or the service cannot be reached. Kept while it lives and stays obtainable.
 sptr<IDisplayManagerService> GetDisplayManagerService();
 
 }  // namespace Tarvo::Vantel

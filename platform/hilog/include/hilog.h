@@ -6,6 +6,7 @@
 // Each line goes to every registered sink (tests and the device trace read them) and, unless
 // silenced, as a human line on stderr:
 //   MM-DD HH:MM:SS.mmm pid tid L DOMAIN/TAG: text
+// A line is formatted only when some output takes it; a level nobody takes costs one atomic load.
 
 #include <cstdarg>
 #include <cstdint>
@@ -44,6 +45,8 @@ std::string StripPrivacyMarkers(const char* format);
 class LogSink {
 public:
     virtual ~LogSink() = default;
+    // Whether the sink takes a line; asked before it is formatted (the record's message is empty).
+    virtual bool Accepts(const LogRecord& /*record*/) const { return true; }
     // Called on the logging thread, without any log lock held.
     virtual void OnLog(const LogRecord& record) = 0;
 };
@@ -53,6 +56,8 @@ public:
     static void AddSink(const std::shared_ptr<LogSink>& sink);
     static void RemoveSink(const std::shared_ptr<LogSink>& sink);
     static void SetStderrEnabled(bool enabled);
+    // Lines below `level` go nowhere (LOG_DEBUG, the default, lets every line through).
+    static void SetMinLevel(LogLevel level);
     // Milliseconds for the human line's time stamp; the wall clock when unset.
     static void SetTimeSource(std::function<int64_t()> nowMs);
     static void Write(LogRecord record);
@@ -66,6 +71,10 @@ public:
     static int Error(const HiLogLabel& label, const char* format, ...);
     static int Fatal(const HiLogLabel& label, const char* format, ...);
 };
+
+// Whether a line of `level` would reach any output; one atomic load, so that callers can skip the
+// work of their arguments.
+bool HiLogIsLoggable(unsigned int domain, const char* tag, LogLevel level);
 
 int HiLogPrintArgs(LogType type, LogLevel level, unsigned int domain, const char* tag, const char* format,
                    va_list args);

@@ -3,6 +3,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -13,12 +14,24 @@
 namespace Tarvo::HiviewDFX {
 namespace {
 
+using Sinks = std::vector<std::shared_ptr<LogSink>>;
+
+// Replaced whole on each change, so that a line takes it with one reference.
+struct Outputs {
+    std::shared_ptr<const Sinks> sinks = std::make_shared<const Sinks>();
+    bool stderrEnabled = true;
+    std::shared_ptr<const std::function<int64_t()>> nowMs;
+};
+
 struct OutputState {
     std::mutex mutex;
-    std::vector<std::shared_ptr<LogSink>> sinks;
-    bool stderrEnabled = true;
-    std::function<int64_t()> nowMs;
+    Outputs outputs;
+    LogLevel minLevel = LOG_DEBUG;
 };
+
+// The lowest level any output takes; above LOG_FATAL when there is none.
+constinit std::atomic<int> gThreshold{LOG_DEBUG};
+constexpr int NOBODY = LOG_FATAL + 1;
 
 OutputState& State()
 {
@@ -27,27 +40,44 @@ OutputState& State()
     return *state;
 }
 
+// Call with the state's lock held.
+void UpdateThreshold(const OutputState& state)
+{
+    const bool anyOutput = state.outputs.stderrEnabled || !state.outputs.sinks->empty();
+    gThreshold.store(anyOutput ? state.minLevel : NOBODY, std::memory_order_relaxed);
+}
+
+Outputs Snapshot()
+{
+    std::lock_guard<std::mutex> lock(State().mutex);
+    return State().outputs;
+}
+
 int64_t WallClockMs()
 {
     using namespace std::chrono;
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-std::string FormatArgs(const std::string& format, va_list args)
+std::string FormatArgs(const char* rawFormat, va_list args)
 {
+    // Most formats carry no privacy marker and are used as they are.
+    const bool marked = strchr(rawFormat, '{') != nullptr;
+    const std::string stripped = marked ? StripPrivacyMarkers(rawFormat) : std::string();
+    const char* format = marked ? stripped.c_str() : rawFormat;
     va_list copy;
     va_copy(copy, args);
     char small[512];
-    int needed = vsnprintf(small, sizeof(small), format.c_str(), copy);
+    int needed = vsnprintf(small, sizeof(small), format, copy);
     va_end(copy);
     if (needed < 0) {
-        return format;
+        return std::string(format);
     }
     if (static_cast<size_t>(needed) < sizeof(small)) {
         return std::string(small, static_cast<size_t>(needed));
     }
     std::string out(static_cast<size_t>(needed) + 1, '\0');
-    vsnprintf(out.data(), out.size(), format.c_str(), args);
+    vsnprintf(out.data(), out.size(), format, args);
     out.resize(static_cast<size_t>(needed));
     return out;
 }
@@ -109,65 +139,108 @@ std::string StripPrivacyMarkers(const char* format)
 void HiLogOutput::AddSink(const std::shared_ptr<LogSink>& sink)
 {
     std::lock_guard<std::mutex> lock(State().mutex);
-    State().sinks.push_back(sink);
+    auto sinks = std::make_shared<Sinks>(*State().outputs.sinks);
+    sinks->push_back(sink);
+    State().outputs.sinks = std::move(sinks);
+    UpdateThreshold(State());
 }
 
 void HiLogOutput::RemoveSink(const std::shared_ptr<LogSink>& sink)
 {
     std::lock_guard<std::mutex> lock(State().mutex);
-    auto& sinks = State().sinks;
-    std::erase(sinks, sink);
+    auto sinks = std::make_shared<Sinks>(*State().outputs.sinks);
+    std::erase(*sinks, sink);
+    State().outputs.sinks = std::move(sinks);
+    UpdateThreshold(State());
 }
 
 void HiLogOutput::SetStderrEnabled(bool enabled)
 {
     std::lock_guard<std::mutex> lock(State().mutex);
-    State().stderrEnabled = enabled;
+    State().outputs.stderrEnabled = enabled;
+    UpdateThreshold(State());
+}
+
+void HiLogOutput::SetMinLevel(LogLevel level)
+{
+    std::lock_guard<std::mutex> lock(State().mutex);
+    State().minLevel = level;
+    UpdateThreshold(State());
 }
 
 void HiLogOutput::SetTimeSource(std::function<int64_t()> nowMs)
 {
+    auto source = nowMs ? std::make_shared<const std::function<int64_t()>>(std::move(nowMs)) : nullptr;
     std::lock_guard<std::mutex> lock(State().mutex);
-    State().nowMs = std::move(nowMs);
+    State().outputs.nowMs = std::move(source);
 }
 
-void HiLogOutput::Write(LogRecord record)
+namespace {
+// Hands a formatted line to the outputs that took it.
+void Deliver(const LogRecord& record, const Sinks& sinks, const Outputs& outputs)
 {
-    std::vector<std::shared_ptr<LogSink>> sinks;
-    bool toStderr;
-    std::function<int64_t()> nowMs;
-    {
-        std::lock_guard<std::mutex> lock(State().mutex);
-        sinks = State().sinks;
-        toStderr = State().stderrEnabled;
-        nowMs = State().nowMs;
-    }
     for (const auto& sink : sinks) {
         sink->OnLog(record);
     }
-    if (toStderr) {
-        WriteHumanLine(record, nowMs ? nowMs() : WallClockMs());
+    if (outputs.stderrEnabled) {
+        WriteHumanLine(record, outputs.nowMs != nullptr ? (*outputs.nowMs)() : WallClockMs());
     }
+}
+
+Sinks Accepting(const Outputs& outputs, const LogRecord& record)
+{
+    Sinks taken;
+    for (const auto& sink : *outputs.sinks) {
+        if (sink->Accepts(record)) {
+            taken.push_back(sink);
+        }
+    }
+    return taken;
+}
+}  // namespace
+
+void HiLogOutput::Write(LogRecord record)
+{
+    if (!HiLogIsLoggable(record.domain, record.tag.c_str(), record.level)) {
+        return;
+    }
+    const Outputs outputs = Snapshot();
+    Deliver(record, Accepting(outputs, record), outputs);
+}
+
+bool HiLogIsLoggable(unsigned int, const char*, LogLevel level)
+{
+    return level >= gThreshold.load(std::memory_order_relaxed);
 }
 
 int HiLogPrintArgs(LogType type, LogLevel level, unsigned int domain, const char* tag, const char* format, va_list args)
 {
+    if (!HiLogIsLoggable(domain, tag, level)) {
+        return 0;
+    }
     LogRecord record;
     record.type = type;
     record.level = level;
     record.domain = domain;
     record.tag = tag != nullptr ? tag : "";
-    record.message = FormatArgs(StripPrivacyMarkers(format != nullptr ? format : ""), args);
     record.pid = VirtualProcess::Current()->Pid();
+    const Outputs outputs = Snapshot();
+    const Sinks sinks = Accepting(outputs, record);
+    if (sinks.empty() && !outputs.stderrEnabled) {
+        return 0;
+    }
     record.tid = static_cast<int64_t>(syscall(SYS_gettid));
-    int length = static_cast<int>(record.message.size());
-    HiLogOutput::Write(std::move(record));
-    return length;
+    record.message = FormatArgs(format != nullptr ? format : "", args);
+    Deliver(record, sinks, outputs);
+    return static_cast<int>(record.message.size());
 }
 
 #define TARVO_HILOG_LEVEL_FUNCTION(name, level)                                                \
     int HiLog::name(const HiLogLabel& label, const char* format, ...)                          \
     {                                                                                          \
+        if (!HiLogIsLoggable(label.domain, label.tag, level)) {                                \
+            return 0;                                                                          \
+        }                                                                                      \
         va_list args;                                                                          \
         va_start(args, format);                                                                \
         int result = HiLogPrintArgs(label.type, level, label.domain, label.tag, format, args); \

@@ -54,5 +54,42 @@ TEST(HiLogTest, HumanLineOnStderrHasTimeProcessLevelDomainAndTag)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
+// Takes only the lines of one tag; counts what it was offered.
+class TagSink : public LogSink {
+public:
+    explicit TagSink(std::string tag) : tag_(std::move(tag)) {}
+    bool Accepts(const LogRecord& record) const override
+    {
+        EXPECT_TRUE(record.message.empty());  // asked before formatting
+        return record.tag == tag_;
+    }
+    void OnLog(const LogRecord& record) override { lines.push_back(record.tag + ": " + record.message); }
+    std::vector<std::string> lines;
+
+private:
+    std::string tag_;
+};
+
+TEST(HiLogTest, ALineIsFormattedOnlyForAnOutputThatTakesIt)
+{
+    HiLogOutput::SetStderrEnabled(false);
+    EXPECT_FALSE(HiLogIsLoggable(kLabel.domain, kLabel.tag, LOG_FATAL));
+    // %n would write through its argument if the line were ever formatted.
+    EXPECT_EQ(HiLog::Fatal(kLabel, "nobody %n", static_cast<int*>(nullptr)), 0);
+    auto sink = std::make_shared<TagSink>("ZEL_MANAGER");
+    HiLogOutput::AddSink(sink);
+    EXPECT_TRUE(HiLogIsLoggable(kLabel.domain, kLabel.tag, LOG_DEBUG));
+    HiLog::Info({LOG_CORE, 0xD0057CA, "IPCDriver"}, "refused %n", static_cast<int*>(nullptr));
+    HiLog::Debug(kLabel, "taken %d", 1);
+    HiLogOutput::SetMinLevel(LOG_WARN);
+    EXPECT_FALSE(HiLogIsLoggable(kLabel.domain, kLabel.tag, LOG_INFO));
+    HiLog::Info(kLabel, "below %n", static_cast<int*>(nullptr));
+    HiLog::Warn(kLabel, "at %d", 2);
+    HiLogOutput::SetMinLevel(LOG_DEBUG);
+    HiLogOutput::RemoveSink(sink);
+    EXPECT_FALSE(HiLogIsLoggable(kLabel.domain, kLabel.tag, LOG_FATAL));
+    EXPECT_EQ(sink->lines, (std::vector<std::string>{"ZEL_MANAGER: taken 1", "ZEL_MANAGER: at 2"}));
+}
+
 }  // namespace
 }  // namespace Tarvo::HiviewDFX

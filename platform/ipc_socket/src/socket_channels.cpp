@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <memory>
 
 #include "ipc_types.h"
 #include "transport_impl.h"
@@ -173,7 +174,12 @@ int SocketTransport::Impl::CallOnChannel(const std::shared_ptr<SocketEndpoint>& 
 SocketTransport::Impl::ChannelRead SocketTransport::Impl::ReadChannel(const std::shared_ptr<SocketConnection>& channel,
                                                                       WireFormat::Frame& frame, int timeoutMs)
 {
-    static thread_local uint8_t packet[kPacketSize];
+    // On the heap, made on first use: a thread_local array would be zeroed in every thread.
+    static thread_local std::unique_ptr<uint8_t[]> received;
+    if (received == nullptr) {
+        received.reset(new uint8_t[kPacketSize]);
+    }
+    uint8_t* packet = received.get();
     SocketConnection::Inbox& inbox = channel->inbox;
     for (;;) {
         const bool buffered = inbox.start < inbox.bytes.size();

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
 
 #include "transport_impl.h"
 
@@ -76,9 +77,14 @@ void SocketTransport::Impl::Accept(const std::shared_ptr<SocketEndpoint>& endpoi
 
 void SocketTransport::Impl::ReadFrom(const std::shared_ptr<SocketConnection>& connection)
 {
-    static thread_local uint8_t buffer[kReadChunk];
+    // On the heap, made on first use: a thread_local array would be zeroed in every thread.
+    static thread_local std::unique_ptr<uint8_t[]> chunk;
+    if (chunk == nullptr) {
+        chunk.reset(new uint8_t[kReadChunk]);
+    }
+    uint8_t* buffer = chunk.get();
     for (int turn = 0; turn < kReadsPerTurn && !connection->closed; ++turn) {
-        ssize_t got = recv(connection->fd, buffer, sizeof(buffer), MSG_DONTWAIT);
+        ssize_t got = recv(connection->fd, buffer, kReadChunk, MSG_DONTWAIT);
         if (got < 0 && errno == EINTR) {
             continue;
         }

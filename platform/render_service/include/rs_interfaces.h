@@ -9,10 +9,10 @@
 
 namespace Tarvo::Vantel {
 
-// The render-service client of a process. Each call is a synchronous request to the render service
-// (looked up anew each time, so a service that comes back is found again); the receiver sees one
-// thread's calls in the order they were made. When the service cannot be reached the call is
-// dropped silently. Thread-safe; holds no state.
+// The render-service client of a process. Each call is a synchronous request to the render service,
+// found once and kept until it dies or the service manager no longer offers it (then found again);
+// the receiver sees one thread's calls in the order they were made. When the service cannot be
+// reached the call is dropped silently. Thread-safe.
 class RSInterfaces {
 public:
     static RSInterfaces& GetInstance();

@@ -1,19 +1,16 @@
 #include "rs_interfaces.h"
 
 #include "i_render_service.h"
-#include "iservice_registry.h"
+#include "system_ability_cache.h"
 
 namespace Tarvo::Vantel {
 namespace {
 // Null while the service manager or the render service cannot be reached.
 sptr<IRenderService> RenderService()
 {
-    sptr<ISystemAbilityManager> samgr = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
-    if (samgr == nullptr) {
-        return nullptr;
-    }
-    sptr<IRemoteObject> object = samgr->GetSystemAbility(IRenderService::RENDER_SERVICE_ID);
-    return object != nullptr ? iface_cast<IRenderService>(object) : nullptr;
+    // Never destroyed: the kept proxies must not go during static destruction.
+    static auto* client = new SystemAbilityClient<IRenderService>(IRenderService::RENDER_SERVICE_ID);
+    return client->Get();
 }
 }  // namespace
 

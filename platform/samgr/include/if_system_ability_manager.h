@@ -6,6 +6,7 @@
 
 #include "iremote_broker.h"
 #include "iremote_object.h"
+#include "system_ability_status_change.h"
 
 namespace Tarvo {
 
@@ -21,6 +22,7 @@ public:
         ADD_SYSTEM_ABILITY = 3,
         REMOVE_SYSTEM_ABILITY = 4,
         LIST_SYSTEM_ABILITIES = 5,
+        SUBSCRIBE_SYSTEM_ABILITY = 6,
     };
 
     // The ability's object, or null when it is not obtainable.
@@ -31,6 +33,9 @@ public:
     virtual int32_t RemoveSystemAbility(int32_t systemAbilityId) = 0;
     // Ids of the obtainable abilities, ascending.
     virtual std::vector<int32_t> ListSystemAbilities() = 0;
+    // 0 once `listener` will be told of the ability's later changes, for as long as its process lives.
+    virtual int32_t SubscribeSystemAbility(int32_t systemAbilityId,
+                                           const sptr<ISystemAbilityStatusChange>& listener) = 0;
 };
 
 }  // namespace Tarvo

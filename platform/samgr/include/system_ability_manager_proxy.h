@@ -16,6 +16,7 @@ public:
     int32_t AddSystemAbility(int32_t systemAbilityId, const sptr<IRemoteObject>& ability) override;
     int32_t RemoveSystemAbility(int32_t systemAbilityId) override;
     std::vector<int32_t> ListSystemAbilities() override;
+    int32_t SubscribeSystemAbility(int32_t systemAbilityId, const sptr<ISystemAbilityStatusChange>& listener) override;
 
 private:
     sptr<IRemoteObject> QueryAbility(uint32_t code, int32_t systemAbilityId);

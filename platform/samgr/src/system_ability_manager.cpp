@@ -23,22 +23,71 @@ int32_t SystemAbilityManager::AddSystemAbility(int32_t systemAbilityId, const sp
     if (ability == nullptr || systemAbilityId <= 0) {
         return ERR_INVALID_ABILITY;
     }
-    std::lock_guard<std::mutex> lock(mutex_);
-    abilities_[systemAbilityId] = ability;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        abilities_[systemAbilityId] = ability;
+    }
+    NotifyStatus(systemAbilityId, true);
     return 0;
 }
 
 int32_t SystemAbilityManager::RemoveSystemAbility(int32_t systemAbilityId)
 {
     sptr<IRemoteObject> removed;  // released outside the lock
-    std::lock_guard<std::mutex> lock(mutex_);
-    auto it = abilities_.find(systemAbilityId);
-    if (it == abilities_.end()) {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto it = abilities_.find(systemAbilityId);
+        if (it == abilities_.end()) {
+            return ERR_INVALID_ABILITY;
+        }
+        removed = it->second;
+        abilities_.erase(it);
+    }
+    NotifyStatus(systemAbilityId, false);
+    return 0;
+}
+
+int32_t SystemAbilityManager::SubscribeSystemAbility(int32_t systemAbilityId,
+                                                     const sptr<ISystemAbilityStatusChange>& listener)
+{
+    if (listener == nullptr || systemAbilityId <= 0) {
         return ERR_INVALID_ABILITY;
     }
-    removed = it->second;
-    abilities_.erase(it);
+    std::vector<sptr<ISystemAbilityStatusChange>> gone;  // released outside the lock
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (auto it = listeners_.begin(); it != listeners_.end();) {
+        sptr<IRemoteObject> object = it->second->AsObject();
+        if (object == nullptr || object->IsObjectDead()) {
+            gone.push_back(it->second);
+            it = listeners_.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    if (listeners_.size() >= MAX_LISTENERS) {
+        return ERR_TOO_MANY_LISTENERS;
+    }
+    listeners_.emplace(systemAbilityId, listener);
     return 0;
+}
+
+void SystemAbilityManager::NotifyStatus(int32_t systemAbilityId, bool added)
+{
+    std::vector<sptr<ISystemAbilityStatusChange>> listeners;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto [first, last] = listeners_.equal_range(systemAbilityId);
+        for (auto it = first; it != last; ++it) {
+            listeners.push_back(it->second);
+        }
+    }
+    for (const auto& listener : listeners) {
+        if (added) {
+            listener->OnAddSystemAbility(systemAbilityId);
+        } else {
+            listener->OnRemoveSystemAbility(systemAbilityId);
+        }
+    }
 }
 
 std::vector<int32_t> SystemAbilityManager::ListSystemAbilities()
@@ -65,6 +114,8 @@ int SystemAbilityManager::OnRemoteRequest(uint32_t code, MessageParcel& data, Me
             return HandleAdd(data, reply);
         case REMOVE_SYSTEM_ABILITY:
             return HandleRemove(data, reply);
+        case SUBSCRIBE_SYSTEM_ABILITY:
+            return HandleSubscribe(data, reply);
         case LIST_SYSTEM_ABILITIES: {
             std::vector<int32_t> ids = ListSystemAbilities();
             return reply.WriteInt32Vector(ids) ? ERR_NONE : ERR_INVALID_VALUE;
@@ -107,6 +158,18 @@ int SystemAbilityManager::HandleRemove(MessageParcel& data, MessageParcel& reply
         return ERR_INVALID_VALUE;
     }
     return reply.WriteInt32(RemoveSystemAbility(id)) ? ERR_NONE : ERR_INVALID_VALUE;
+}
+
+int SystemAbilityManager::HandleSubscribe(MessageParcel& data, MessageParcel& reply)
+{
+    int32_t id = 0;
+    if (!data.ReadInt32(id)) {
+        return ERR_INVALID_VALUE;
+    }
+    sptr<IRemoteObject> object = data.ReadRemoteObject();
+    sptr<ISystemAbilityStatusChange> listener =
+        object != nullptr ? iface_cast<ISystemAbilityStatusChange>(object) : nullptr;
+    return reply.WriteInt32(SubscribeSystemAbility(id, listener)) ? ERR_NONE : ERR_INVALID_VALUE;
 }
 
 }  // namespace Tarvo

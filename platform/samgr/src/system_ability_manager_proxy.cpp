@@ -67,6 +67,17 @@ int32_t SystemAbilityManagerProxy::RemoveSystemAbility(int32_t systemAbilityId)
     return CallForResult(REMOVE_SYSTEM_ABILITY, data);
 }
 
+int32_t SystemAbilityManagerProxy::SubscribeSystemAbility(int32_t systemAbilityId,
+                                                          const sptr<ISystemAbilityStatusChange>& listener)
+{
+    MessageParcel data;
+    if (listener == nullptr || !data.WriteInterfaceToken(GetDescriptor()) || !data.WriteInt32(systemAbilityId) ||
+        !data.WriteRemoteObject(listener->AsObject())) {
+        return ERR_INVALID_VALUE;
+    }
+    return CallForResult(SUBSCRIBE_SYSTEM_ABILITY, data);
+}
+
 // The transport's error, or else the registry's int32 result.
 int32_t SystemAbilityManagerProxy::CallForResult(uint32_t code, MessageParcel& data)
 {

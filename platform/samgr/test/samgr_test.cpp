@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <mutex>
+
 #include "ipc_object_stub.h"
 #include "ipc_skeleton.h"
 #include "iservice_registry.h"
 #include "platform_test_support.h"
 #include "service_host.h"
+#include "system_ability_status_change.h"
+#include "work_tracker.h"
 
 namespace Tarvo {
 namespace {
@@ -48,6 +52,68 @@ TEST_F(SamgrTest, AbilitiesAddedInOneProcessAreObtainableFromAnother)
     EXPECT_EQ(samgr->RemoveSystemAbility(501), 0);
     EXPECT_EQ(samgr->RemoveSystemAbility(501), SystemAbilityManager::ERR_INVALID_ABILITY);
     EXPECT_EQ(samgr->CheckSystemAbility(501), nullptr);
+}
+
+// Notes what the service manager tells it, as "add ID" and "remove ID".
+class StatusListener : public SystemAbilityStatusChangeStub {
+public:
+    void OnAddSystemAbility(int32_t id) override { Note("add " + std::to_string(id)); }
+    void OnRemoveSystemAbility(int32_t id) override { Note("remove " + std::to_string(id)); }
+    std::vector<std::string> Heard()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return heard_;
+    }
+
+private:
+    void Note(std::string what)
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        heard_.push_back(std::move(what));
+    }
+    std::mutex mutex_;
+    std::vector<std::string> heard_;
+};
+
+TEST_F(SamgrTest, SubscribersOfAnotherProcessHearOfTheirAbilityChangingAfterTheySubscribed)
+{
+    auto clientProcess = MakeProcess(32, "client");
+    sptr<IRemoteObject> first = samgr_.AddAbility<IPCObjectStub>(501, samgr_.Process(), u"test.Ability");
+    sptr<StatusListener> listener;
+    {
+        ScopedProcess scope(clientProcess);
+        listener = new StatusListener();
+        sptr<ISystemAbilityManager> samgr = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
+        EXPECT_EQ(samgr->SubscribeSystemAbility(501, listener), 0);
+        EXPECT_EQ(samgr->SubscribeSystemAbility(0, listener), SystemAbilityManager::ERR_INVALID_ABILITY);
+    }
+    samgr_->AddSystemAbility(502, first);
+    samgr_->AddSystemAbility(501, first);
+    samgr_->RemoveSystemAbility(501);
+    samgr_->RemoveSystemAbility(502);
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(std::chrono::seconds(10)));
+    EXPECT_EQ(listener->Heard(), (std::vector<std::string>{"add 501", "remove 501"}));
+}
+
+TEST_F(SamgrTest, ListenersAreBoundedAndADeadOneIsForgotten)
+{
+    auto clientProcess = MakeProcess(33, "client");
+    std::vector<sptr<StatusListener>> listeners;
+    {
+        ScopedProcess scope(clientProcess);
+        sptr<ISystemAbilityManager> samgr = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
+        for (size_t i = 0; i < SystemAbilityManager::MAX_LISTENERS; ++i) {
+            listeners.push_back(new StatusListener());
+            ASSERT_EQ(samgr->SubscribeSystemAbility(501, listeners.back()), 0);
+        }
+    }
+    auto late = MakeProcess(34, "late");
+    ScopedProcess scope(late);
+    sptr<ISystemAbilityManager> samgr = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
+    sptr<StatusListener> another = new StatusListener();
+    EXPECT_EQ(samgr->SubscribeSystemAbility(501, another), SystemAbilityManager::ERR_TOO_MANY_LISTENERS);
+    clientProcess->Kill();
+    EXPECT_EQ(samgr->SubscribeSystemAbility(501, another), 0);
 }
 
 TEST_F(SamgrTest, NoServiceManagerWhenUnsetOrItsProcessDied)

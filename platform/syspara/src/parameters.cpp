@@ -1,19 +1,16 @@
 #include "parameters.h"
 
 #include "i_parameter_service.h"
-#include "iservice_registry.h"
+#include "system_ability_cache.h"
 
 namespace Tarvo::system {
 namespace {
 // Null while the service manager or the parameter service cannot be reached.
 sptr<IParameterService> ParameterService()
 {
-    sptr<ISystemAbilityManager> samgr = SystemAbilityManagerClient::GetInstance().GetSystemAbilityManager();
-    if (samgr == nullptr) {
-        return nullptr;
-    }
-    sptr<IRemoteObject> object = samgr->GetSystemAbility(IParameterService::PARAMETER_SERVICE_ID);
-    return object != nullptr ? iface_cast<IParameterService>(object) : nullptr;
+    // Never destroyed: the kept proxies must not go during static destruction.
+    static auto* client = new SystemAbilityClient<IParameterService>(IParameterService::PARAMETER_SERVICE_ID);
+    return client->Get();
 }
 }  // namespace
 

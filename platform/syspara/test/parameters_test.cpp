@@ -10,6 +10,7 @@
 #include "message_option.h"
 #include "parameter_service_stub.h"
 #include "platform_test_support.h"
+#include "work_tracker.h"
 
 namespace Tarvo::system {
 namespace {
@@ -90,6 +91,9 @@ TEST_F(ParametersTest, SetAndGetTravelToTheServiceOfAnotherProcess)
 TEST_F(ParametersTest, UnreachableServiceGivesFalseAndTheDefault)
 {
     ScopedProcess scope(clientProcess_);
+    samgr_.Uninstall();
+    EXPECT_FALSE(SetParameter("a.b", "1"));
+    samgr_.Install();
     samgr_->RemoveSystemAbility(IParameterService::PARAMETER_SERVICE_ID);
     EXPECT_FALSE(SetParameter("a.b", "1"));
     EXPECT_EQ(GetParameter("a.b", "def"), "def");
@@ -98,9 +102,28 @@ TEST_F(ParametersTest, UnreachableServiceGivesFalseAndTheDefault)
     EXPECT_FALSE(SetParameter("a.b", "1"));
     EXPECT_EQ(GetParameter("a.b", "def"), "def");
     IPCTransport::Get().SetTransportFault(serviceProcess_->Pid(), false);
-    samgr_.Uninstall();
-    EXPECT_FALSE(SetParameter("a.b", "1"));
     EXPECT_TRUE(service_->Wire().empty());
+}
+
+TEST_F(ParametersTest, TheServiceFoundIsKeptUntilTheServiceManagerWithdrawsIt)
+{
+    auto quiet = [] { ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(std::chrono::seconds(10))); };
+    ScopedProcess scope(clientProcess_);
+    EXPECT_TRUE(SetParameter("a.b", "1"));
+    // Kept while the service manager is away.
+    samgr_.Uninstall();
+    EXPECT_EQ(GetParameter("a.b", "def"), "1");
+    samgr_.Install();
+    samgr_->RemoveSystemAbility(IParameterService::PARAMETER_SERVICE_ID);
+    quiet();
+    EXPECT_EQ(GetParameter("a.b", "def"), "def");
+    samgr_->AddSystemAbility(IParameterService::PARAMETER_SERVICE_ID, service_);
+    quiet();
+    EXPECT_EQ(GetParameter("a.b", "def"), "1");
+    // Another object under the id replaces the one kept.
+    samgr_.AddAbility<FakeParameterService>(IParameterService::PARAMETER_SERVICE_ID, serviceProcess_);
+    quiet();
+    EXPECT_EQ(GetParameter("a.b", "def"), "def");
 }
 
 TEST_F(ParametersTest, StubRefusesForeignTokensAndTruncatedRequests)

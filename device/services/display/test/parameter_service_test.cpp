@@ -7,6 +7,7 @@
 
 #include "parameters.h"
 #include "test_device_context.h"
+#include "work_tracker.h"
 
 namespace Tarvo::Emu::Test {
 namespace {
@@ -57,6 +58,8 @@ TEST_F(ParameterServiceTest, ParametersOutliveTheServiceOnTheSameDataDir)
     ParameterService second(device_);
     second.Preset("a.b", "preset");
     second.Start();
+    // Clients hear from the service manager that the service was replaced.
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(std::chrono::seconds(10)));
     ScopedProcess scope(client_);
     EXPECT_EQ(system::GetParameter("a.b", ""), "preset");
     EXPECT_EQ(system::GetParameter("zel.currunt_resolution_ratio", ""), "1");

@@ -232,6 +232,8 @@ TEST_F(SettingsProviderTest, RowsOutliveTheProviderInItsDatabaseFile)
 
     provider_.emplace(ctx_);
     ASSERT_TRUE(provider_->Start());
+    // Clients hear from the service manager that the provider was replaced.
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(kQuiet));
     auto helper = Connect();
     ASSERT_NE(helper, nullptr);
     EXPECT_EQ(Read(*helper, kMode), "2");

@@ -2,8 +2,9 @@
 #define ZEL_BENCH_FLOOR_SOCKETS_H
 
 // Floors for the transports: what two threads pay to hand 64 bytes to each other over a raw
-// AF_UNIX SOCK_SEQPACKET pair (the socket transport's floor) and to wake each other through
-// eventfds (the in-process transport's floor). Nothing else: no framing, no parcels, no lookups.
+// AF_UNIX SOCK_SEQPACKET pair (the socket transport's floor), to wake each other through
+// eventfds, and to pass messages one way through a locked queue (the in-process transport's
+// floors). Nothing else: no framing, no parcels, no lookups.
 // The transport benchmarks reuse the latency samples and the CPU pinning to report alike.
 
 #include <benchmark/benchmark.h>
@@ -19,7 +20,10 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <deque>
+#include <mutex>
 #include <optional>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -35,14 +39,15 @@ public:
 
     void Reserve(size_t count) { samples_.reserve(count); }
     void Add(Clock::duration elapsed) { samples_.push_back(elapsed); }
-    void Report(benchmark::State& state)
+    // As `prefix`p50_us and `prefix`p99_us.
+    void Report(benchmark::State& state, const std::string& prefix = "")
     {
         if (samples_.empty()) {
             return;
         }
         std::sort(samples_.begin(), samples_.end());
-        state.counters["p50_us"] = Micros(samples_[samples_.size() / 2]);
-        state.counters["p99_us"] = Micros(samples_[samples_.size() * 99 / 100]);
+        state.counters[prefix + "p50_us"] = Micros(samples_[samples_.size() / 2]);
+        state.counters[prefix + "p99_us"] = Micros(samples_[samples_.size() * 99 / 100]);
     }
 
 private:
@@ -241,6 +246,69 @@ private:
     std::thread thread_;
 };
 
+// One-way messages to a child process, which answers once a whole batch is in: what a burst of
+// one-way messages between two processes costs at least.
+class SeqpacketProcessSink {
+public:
+    explicit SeqpacketProcessSink(uint64_t batch) : batch_(batch)
+    {
+        int fds[2];
+        if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, fds) != 0) {
+            return;
+        }
+        child_ = fork();
+        if (child_ == 0) {
+            // Only system calls from here: the parent has threads.
+            close(fds[0]);
+            Receive(fds[1], batch);
+            _exit(0);
+        }
+        close(fds[1]);
+        near_ = child_ > 0 ? fds[0] : -1;
+        if (child_ < 0) {
+            close(fds[0]);
+        }
+    }
+    ~SeqpacketProcessSink()
+    {
+        if (near_ >= 0) {
+            close(near_);
+            waitpid(child_, nullptr, 0);
+        }
+    }
+    SeqpacketProcessSink(const SeqpacketProcessSink&) = delete;
+    SeqpacketProcessSink& operator=(const SeqpacketProcessSink&) = delete;
+
+    bool Ok() const { return near_ >= 0; }
+    bool SendBatch(const FloorMessage& message)
+    {
+        for (uint64_t i = 0; i < batch_; ++i) {
+            if (send(near_, message.data(), message.size(), 0) != static_cast<ssize_t>(message.size())) {
+                return false;
+            }
+        }
+        char done = 0;
+        return recv(near_, &done, sizeof(done), 0) == sizeof(done);
+    }
+
+private:
+    static void Receive(int fd, uint64_t batch)
+    {
+        FloorMessage message{};
+        uint64_t received = 0;
+        while (recv(fd, message.data(), message.size(), 0) > 0) {
+            const char done = 1;
+            if (++received % batch == 0 && send(fd, &done, sizeof(done), 0) != sizeof(done)) {
+                return;
+            }
+        }
+    }
+
+    const uint64_t batch_;
+    pid_t child_ = -1;
+    int near_ = -1;
+};
+
 // Two threads waking each other through a pair of eventfds.
 class EventfdPingPong {
 public:
@@ -291,6 +359,92 @@ private:
     const int ping_;
     const int pong_;
     std::atomic<bool> stop_{false};
+    std::thread thread_;
+};
+
+// One sender, one receiving thread: messages go through a locked queue, and the receiver is woken
+// through an eventfd only when it may be asleep (the queue was empty). It says when a batch is in.
+class QueueSink {
+public:
+    explicit QueueSink(uint64_t batch) : batch_(batch), wake_(eventfd(0, EFD_CLOEXEC)), done_(eventfd(0, EFD_CLOEXEC))
+    {
+        if (Ok()) {
+            thread_ = std::thread([this] { Receive(); });
+        }
+    }
+    ~QueueSink()
+    {
+        if (Ok()) {
+            Push(FloorMessage{}, true);
+            thread_.join();
+        }
+        for (int fd : {wake_, done_}) {
+            if (fd >= 0) {
+                close(fd);
+            }
+        }
+    }
+    QueueSink(const QueueSink&) = delete;
+    QueueSink& operator=(const QueueSink&) = delete;
+
+    bool Ok() const { return wake_ >= 0 && done_ >= 0; }
+    bool SendBatch(const FloorMessage& message)
+    {
+        for (uint64_t i = 0; i < batch_; ++i) {
+            if (!Push(message, false)) {
+                return false;
+            }
+        }
+        uint64_t batches = 0;
+        return read(done_, &batches, sizeof(batches)) == sizeof(batches);
+    }
+
+private:
+    struct Item {
+        FloorMessage message;
+        bool stop;
+    };
+    bool Push(const FloorMessage& message, bool stop)
+    {
+        bool wasEmpty = false;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            wasEmpty = queue_.empty();
+            queue_.push_back(Item{message, stop});
+        }
+        const uint64_t one = 1;
+        return !wasEmpty || write(wake_, &one, sizeof(one)) == sizeof(one);
+    }
+    void Receive()
+    {
+        uint64_t received = 0;
+        uint64_t woken = 0;
+        while (read(wake_, &woken, sizeof(woken)) == sizeof(woken)) {
+            std::unique_lock<std::mutex> lock(mutex_);
+            while (!queue_.empty()) {
+                Item item = queue_.front();
+                queue_.pop_front();
+                if (item.stop) {
+                    return;
+                }
+                lock.unlock();
+                benchmark::DoNotOptimize(item.message);
+                if (++received % batch_ == 0) {
+                    const uint64_t one = 1;
+                    if (write(done_, &one, sizeof(one)) != sizeof(one)) {
+                        return;
+                    }
+                }
+                lock.lock();
+            }
+        }
+    }
+
+    const uint64_t batch_;
+    const int wake_;
+    const int done_;
+    std::mutex mutex_;
+    std::deque<Item> queue_;
     std::thread thread_;
 };
 

@@ -19,6 +19,7 @@
 #include <mutex>
 #include <string>
 
+#include "bench_measure.h"
 #include "floor_sockets.h"
 #include "ipc_object_stub.h"
 #include "ipc_skeleton.h"
@@ -182,21 +183,13 @@ void SocketTransportRoundTrip(benchmark::State& state)
         return;
     }
     const FloorMessage payload{};
-    LatencySamples samples;
-    samples.Reserve(state.max_iterations);
-    for (auto _ : state) {
-        const auto start = LatencySamples::Clock::now();
+    MeasureLatency(state, [&] {
         MessageParcel data;
         MessageParcel reply;
         MessageOption option;
         data.WriteBuffer(payload.data(), payload.size());
-        if (echo->SendRequest(kEcho, data, reply, option) != 0 || reply.GetDataSize() != payload.size()) {
-            state.SkipWithError("round trip failed");
-            break;
-        }
-        samples.Add(LatencySamples::Clock::now() - start);
-    }
-    samples.Report(state);
+        return echo->SendRequest(kEcho, data, reply, option) == 0 && reply.GetDataSize() == payload.size();
+    });
 }
 
 void SocketTransportOneWay(benchmark::State& state)
@@ -222,8 +215,7 @@ void SocketTransportOneWay(benchmark::State& state)
         }
         done->WaitFor(++batches);
     }
-    state.counters["msgs_per_s"] =
-        benchmark::Counter(static_cast<double>(state.iterations() * kOneWayBatch), benchmark::Counter::kIsRate);
+    ReportRate(state, kOneWayBatch);
 }
 
 BENCHMARK(SocketTransportRoundTrip)->UseRealTime()->Unit(benchmark::kMicrosecond);

@@ -41,6 +41,25 @@ inline void ReportRate(benchmark::State& state, uint64_t messagesPerIteration)
         benchmark::Counter(static_cast<double>(state.iterations() * messagesPerIteration), benchmark::Counter::kIsRate);
 }
 
+// Batches of one-way messages through `sink`, whose SendBatch() returns once the receiver has the
+// whole batch; reported as messages per second.
+template <class Sink>
+void MeasureOneWay(benchmark::State& state, Sink& sink, uint64_t batch)
+{
+    const FloorMessage message{};
+    if (!sink.Ok()) {
+        state.SkipWithError("cannot set up the receiver");
+        return;
+    }
+    for (auto _ : state) {
+        if (!sink.SendBatch(message)) {
+            state.SkipWithError("sending failed");
+            return;
+        }
+    }
+    ReportRate(state, batch);
+}
+
 // Where both threads of a pair run: anywhere, or the CPU the benchmark thread is on now.
 inline std::optional<int> Placement(bool oneCpu)
 {

@@ -7,7 +7,8 @@
   bare_rss_kb         VmRSS of zel_bench_bare, a program linked with the platform libraries
   processes_sweep_us  one fps change for each of GAMES games with 6 callbacks each, played by
                       `zel_device run --processes --realtime`: from the first callback delivered
-                      to the last one, from the trace
+                      to the last one, from the trace (the player waits for the device to be
+                      quiet between two lines, as it always does)
 
 Usage: device_figures.py BIN_DIR SOURCE_DIR OUT_FILE
 """

@@ -89,6 +89,17 @@ inline bool SeqpacketRoundTrip(int fd, FloorMessage& message)
            recv(fd, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size());
 }
 
+// Sends `count` copies of `message`; false if one could not be sent whole.
+inline bool SendMessages(int fd, const FloorMessage& message, uint64_t count)
+{
+    for (uint64_t i = 0; i < count; ++i) {
+        if (send(fd, message.data(), message.size(), 0) != static_cast<ssize_t>(message.size())) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // Sends every message straight back until the other end closes.
 inline void EchoUntilClosed(int fd)
 {
@@ -137,11 +148,12 @@ private:
     std::thread thread_;
 };
 
-// The same echo in a child process: what a round trip between two processes costs at least (on one
-// CPU each one switches address spaces, which two threads of one process do not).
-class SeqpacketProcessEcho {
+// A child process on the far end of a new SEQPACKET pair, running `body` on its end; it sees end
+// of file when this side goes, and is waited for.
+class SeqpacketChild {
 public:
-    explicit SeqpacketProcessEcho(std::optional<int> cpu)
+    template <class Body>
+    SeqpacketChild(Body body)
     {
         int fds[2];
         if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, fds) != 0) {
@@ -151,13 +163,7 @@ public:
         if (child_ == 0) {
             // Only system calls from here: the parent has threads.
             close(fds[0]);
-            if (cpu) {
-                cpu_set_t one;
-                CPU_ZERO(&one);
-                CPU_SET(*cpu, &one);
-                sched_setaffinity(0, sizeof(one), &one);
-            }
-            EchoUntilClosed(fds[1]);
+            body(fds[1]);
             _exit(0);
         }
         close(fds[1]);
@@ -166,22 +172,46 @@ public:
             close(fds[0]);
         }
     }
-    ~SeqpacketProcessEcho()
+    ~SeqpacketChild()
     {
         if (near_ >= 0) {
-            close(near_);  // the child sees end of file
+            close(near_);
             waitpid(child_, nullptr, 0);
         }
     }
-    SeqpacketProcessEcho(const SeqpacketProcessEcho&) = delete;
-    SeqpacketProcessEcho& operator=(const SeqpacketProcessEcho&) = delete;
+    SeqpacketChild(const SeqpacketChild&) = delete;
+    SeqpacketChild& operator=(const SeqpacketChild&) = delete;
 
     bool Ok() const { return near_ >= 0; }
-    bool RoundTrip(FloorMessage& message) { return SeqpacketRoundTrip(near_, message); }
+    int Fd() const { return near_; }
 
 private:
     pid_t child_ = -1;
     int near_ = -1;
+};
+
+// The same echo in a child process: what a round trip between two processes costs at least (on one
+// CPU each one switches address spaces, which two threads of one process do not).
+class SeqpacketProcessEcho {
+public:
+    explicit SeqpacketProcessEcho(std::optional<int> cpu)
+        : child_([cpu](int fd) {
+              if (cpu) {
+                  cpu_set_t one;
+                  CPU_ZERO(&one);
+                  CPU_SET(*cpu, &one);
+                  sched_setaffinity(0, sizeof(one), &one);
+              }
+              EchoUntilClosed(fd);
+          })
+    {
+    }
+
+    bool Ok() const { return child_.Ok(); }
+    bool RoundTrip(FloorMessage& message) { return SeqpacketRoundTrip(child_.Fd(), message); }
+
+private:
+    SeqpacketChild child_;
 };
 
 // One sender, one receiving thread on a SEQPACKET pair: the receiver says when a batch is in.
@@ -215,13 +245,8 @@ public:
     // Sends a batch of messages and returns once the receiver has read every one of them.
     bool SendBatch(const FloorMessage& message)
     {
-        for (uint64_t i = 0; i < batch_; ++i) {
-            if (send(near_, message.data(), message.size(), 0) != static_cast<ssize_t>(message.size())) {
-                return false;
-            }
-        }
         uint64_t batches = 0;
-        return read(done_, &batches, sizeof(batches)) == sizeof(batches);
+        return SendMessages(near_, message, batch_) && read(done_, &batches, sizeof(batches)) == sizeof(batches);
     }
 
 private:
@@ -250,45 +275,13 @@ private:
 // one-way messages between two processes costs at least.
 class SeqpacketProcessSink {
 public:
-    explicit SeqpacketProcessSink(uint64_t batch) : batch_(batch)
-    {
-        int fds[2];
-        if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, fds) != 0) {
-            return;
-        }
-        child_ = fork();
-        if (child_ == 0) {
-            // Only system calls from here: the parent has threads.
-            close(fds[0]);
-            Receive(fds[1], batch);
-            _exit(0);
-        }
-        close(fds[1]);
-        near_ = child_ > 0 ? fds[0] : -1;
-        if (child_ < 0) {
-            close(fds[0]);
-        }
-    }
-    ~SeqpacketProcessSink()
-    {
-        if (near_ >= 0) {
-            close(near_);
-            waitpid(child_, nullptr, 0);
-        }
-    }
-    SeqpacketProcessSink(const SeqpacketProcessSink&) = delete;
-    SeqpacketProcessSink& operator=(const SeqpacketProcessSink&) = delete;
+    explicit SeqpacketProcessSink(uint64_t batch) : batch_(batch), child_([batch](int fd) { Receive(fd, batch); }) {}
 
-    bool Ok() const { return near_ >= 0; }
+    bool Ok() const { return child_.Ok(); }
     bool SendBatch(const FloorMessage& message)
     {
-        for (uint64_t i = 0; i < batch_; ++i) {
-            if (send(near_, message.data(), message.size(), 0) != static_cast<ssize_t>(message.size())) {
-                return false;
-            }
-        }
         char done = 0;
-        return recv(near_, &done, sizeof(done), 0) == sizeof(done);
+        return SendMessages(child_.Fd(), message, batch_) && recv(child_.Fd(), &done, sizeof(done), 0) == sizeof(done);
     }
 
 private:
@@ -305,8 +298,7 @@ private:
     }
 
     const uint64_t batch_;
-    pid_t child_ = -1;
-    int near_ = -1;
+    SeqpacketChild child_;
 };
 
 // Two threads waking each other through a pair of eventfds.

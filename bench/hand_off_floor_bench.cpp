@@ -25,18 +25,7 @@ void FloorEventfdTwoRoundTrips(benchmark::State& state)
 void FloorQueueOneWay(benchmark::State& state)
 {
     QueueSink sink(kOneWayBatch);
-    const FloorMessage message{};
-    if (!sink.Ok()) {
-        state.SkipWithError("cannot set up the pair");
-        return;
-    }
-    for (auto _ : state) {
-        if (!sink.SendBatch(message)) {
-            state.SkipWithError("send failed");
-            break;
-        }
-    }
-    ReportRate(state, kOneWayBatch);
+    MeasureOneWay(state, sink, kOneWayBatch);
 }
 
 BENCHMARK_CAPTURE(FloorEventfdRoundTrip, default_placement, false)->UseRealTime()->Unit(benchmark::kMicrosecond);

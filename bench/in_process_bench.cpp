@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "bench_measure.h"
+#include "bench_requests.h"
 #include "floor_sockets.h"
 #include "ipc_object_stub.h"
 #include "virtual_process.h"
@@ -81,8 +82,15 @@ public:
     bool Ok() const { return proxy_ != nullptr && proxy_->IsProxyObject(); }
     const std::shared_ptr<VirtualProcess>& Caller() const { return caller_; }
     const sptr<IRemoteObject>& Proxy() const { return proxy_; }
-    bool WaitBatch() const
+    // kOneWayBatch one-way requests from the caller's process, until the server has them all.
+    bool SendBatch(const FloorMessage&) const
     {
+        ScopedProcess scope(caller_);
+        for (uint64_t i = 0; i < kOneWayBatch; ++i) {
+            if (!SendPayload(proxy_, kCount, true)) {
+                return false;
+            }
+        }
         uint64_t batches = 0;
         return read(batchDone_, &batches, sizeof(batches)) == sizeof(batches);
     }
@@ -103,42 +111,13 @@ void InProcessRoundTrip(benchmark::State& state)
         return;
     }
     ScopedProcess scope(pair.Caller());
-    const FloorMessage payload{};
-    MeasureLatency(state, [&] {
-        MessageParcel data;
-        MessageParcel reply;
-        MessageOption option;
-        data.WriteBuffer(payload.data(), payload.size());
-        return pair.Proxy()->SendRequest(kEcho, data, reply, option) == 0 && reply.GetDataSize() == payload.size();
-    });
+    MeasureLatency(state, [&] { return SendPayload(pair.Proxy(), kEcho, false); });
 }
 
 void InProcessOneWay(benchmark::State& state)
 {
     ProcessPair pair;
-    if (!pair.Ok()) {
-        state.SkipWithError("cannot set up the processes");
-        return;
-    }
-    ScopedProcess scope(pair.Caller());
-    const FloorMessage payload{};
-    for (auto _ : state) {
-        for (uint64_t i = 0; i < kOneWayBatch; ++i) {
-            MessageParcel data;
-            MessageParcel none;
-            MessageOption oneWay(MessageOption::TF_ASYNC);
-            data.WriteBuffer(payload.data(), payload.size());
-            if (pair.Proxy()->SendRequest(kCount, data, none, oneWay) != 0) {
-                state.SkipWithError("send failed");
-                return;
-            }
-        }
-        if (!pair.WaitBatch()) {
-            state.SkipWithError("the batch was not seen");
-            return;
-        }
-    }
-    ReportRate(state, kOneWayBatch);
+    MeasureOneWay(state, pair, kOneWayBatch);
 }
 
 BENCHMARK(InProcessRoundTrip)->UseRealTime()->Unit(benchmark::kMicrosecond);

@@ -27,18 +27,7 @@ void FloorSeqpacketProcessRoundTrip(benchmark::State& state, bool oneCpu)
 void FloorSeqpacketOneWay(benchmark::State& state)
 {
     SeqpacketSink sink(kOneWayBatch);
-    const FloorMessage message{};
-    if (!sink.Ok()) {
-        state.SkipWithError("cannot set up the pair");
-        return;
-    }
-    for (auto _ : state) {
-        if (!sink.SendBatch(message)) {
-            state.SkipWithError("send failed");
-            break;
-        }
-    }
-    ReportRate(state, kOneWayBatch);
+    MeasureOneWay(state, sink, kOneWayBatch);
 }
 
 // A burst of state.range(0) messages to a child process, until it has them all.
@@ -46,18 +35,7 @@ void FloorSeqpacketProcessBatch(benchmark::State& state)
 {
     const auto batch = static_cast<uint64_t>(state.range(0));
     SeqpacketProcessSink sink(batch);
-    const FloorMessage message{};
-    if (!sink.Ok()) {
-        state.SkipWithError("cannot set up the child");
-        return;
-    }
-    for (auto _ : state) {
-        if (!sink.SendBatch(message)) {
-            state.SkipWithError("send failed");
-            break;
-        }
-    }
-    ReportRate(state, batch);
+    MeasureOneWay(state, sink, batch);
 }
 
 BENCHMARK_CAPTURE(FloorSeqpacketRoundTrip, default_placement, false)->UseRealTime()->Unit(benchmark::kMicrosecond);

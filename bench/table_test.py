@@ -12,6 +12,7 @@ import tempfile
 import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import device_figures  # noqa: E402
 import table  # noqa: E402
 
 BIN_DIR = None
@@ -91,6 +92,22 @@ class NamesTest(unittest.TestCase):
         self.assertTrue(wanted)
         for stem, name, _ in wanted:
             self.assertIn(name, listed[stem], stem)
+
+
+class SweepScenarioTest(unittest.TestCase):
+    def test_the_generated_sweep_is_a_scenario_zel_device_accepts(self):
+        if BIN_DIR is None:
+            self.skipTest("needs the folder of zel_device")
+        text = device_figures.sweep_scenario(3)
+        self.assertEqual(text.count(" register "), 3 * device_figures.CALLBACKS)
+        self.assertEqual(text.count(" gamefps "), 3)
+        with tempfile.TemporaryDirectory() as folder:
+            scenario = os.path.join(folder, "sweep.scn")
+            with open(scenario, "w") as f:
+                f.write(text)
+            result = subprocess.run([os.path.join(BIN_DIR, "zel_device"), "check", scenario], capture_output=True,
+                                    text=True, timeout=60)
+        self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
 
 
 if __name__ == "__main__":

@@ -153,7 +153,7 @@ private:
 class SeqpacketChild {
 public:
     template <class Body>
-    SeqpacketChild(Body body)
+    explicit SeqpacketChild(Body body)
     {
         int fds[2];
         if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, fds) != 0) {

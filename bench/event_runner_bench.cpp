@@ -11,11 +11,12 @@
 
 #include "event_handler.h"
 #include "event_runner.h"
+#include "floor_sockets.h"
 #include "floor_task_queue.h"
 
 namespace Tarvo::Bench {
 namespace {
-using Clock = std::chrono::steady_clock;
+using Clock = LatencySamples::Clock;
 constexpr int kTasks = 10000;
 
 struct RunnerPoster {
@@ -36,6 +37,7 @@ template <class Poster>
 void TasksDueAtOnce(benchmark::State& state)
 {
     Poster poster;
+    LatencySamples samples;
     for (auto _ : state) {
         std::promise<void> done;
         int ran = 0;
@@ -50,8 +52,11 @@ void TasksDueAtOnce(benchmark::State& state)
                 0);
         }
         done.get_future().wait();
-        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+        const auto elapsed = Clock::now() - start;
+        samples.Add(elapsed);
+        state.SetIterationTime(std::chrono::duration<double>(elapsed).count());
     }
+    samples.Report(state);
 }
 
 template <class Poster>

@@ -19,6 +19,8 @@
 #include <mutex>
 #include <string>
 
+#include "bench_measure.h"
+#include "bench_requests.h"
 #include "floor_sockets.h"
 #include "ipc_object_stub.h"
 #include "ipc_skeleton.h"
@@ -181,49 +183,42 @@ void SocketTransportRoundTrip(benchmark::State& state)
         state.SkipWithError("no echo process");
         return;
     }
-    const FloorMessage payload{};
-    LatencySamples samples;
-    samples.Reserve(state.max_iterations);
-    for (auto _ : state) {
-        const auto start = LatencySamples::Clock::now();
-        MessageParcel data;
-        MessageParcel reply;
-        MessageOption option;
-        data.WriteBuffer(payload.data(), payload.size());
-        if (echo->SendRequest(kEcho, data, reply, option) != 0 || reply.GetDataSize() != payload.size()) {
-            state.SkipWithError("round trip failed");
-            break;
-        }
-        samples.Add(LatencySamples::Clock::now() - start);
-    }
-    samples.Report(state);
+    MeasureLatency(state, [&] { return SendPayload(echo, kEcho, false); });
 }
+
+// One-way requests to the echo process, which tells a BatchDone of ours when a batch is in.
+class OneWayToEcho {
+public:
+    OneWayToEcho()
+    {
+        MessageParcel hello;
+        MessageParcel reply;
+        MessageOption sync;
+        ok_ = echo_ != nullptr && hello.WriteRemoteObject(done_) && echo_->SendRequest(kDone, hello, reply, sync) == 0;
+    }
+    bool Ok() const { return ok_; }
+    bool SendBatch(const FloorMessage&)
+    {
+        for (int32_t i = 0; i < kOneWayBatch; ++i) {
+            if (!SendPayload(echo_, kCount, true)) {
+                return false;
+            }
+        }
+        done_->WaitFor(++batches_);
+        return true;
+    }
+
+private:
+    const sptr<IRemoteObject> echo_ = EchoPeer::Get().Echo();
+    const sptr<BatchDone> done_ = new BatchDone();
+    uint64_t batches_ = 0;
+    bool ok_ = false;
+};
 
 void SocketTransportOneWay(benchmark::State& state)
 {
-    const sptr<IRemoteObject>& echo = EchoPeer::Get().Echo();
-    sptr<BatchDone> done = new BatchDone();
-    MessageParcel hello;
-    MessageParcel reply;
-    MessageOption sync;
-    if (echo == nullptr || !hello.WriteRemoteObject(done) || echo->SendRequest(kDone, hello, reply, sync) != 0) {
-        state.SkipWithError("no echo process");
-        return;
-    }
-    const FloorMessage payload{};
-    uint64_t batches = 0;
-    for (auto _ : state) {
-        for (int32_t i = 0; i < kOneWayBatch; ++i) {
-            MessageParcel data;
-            MessageParcel none;
-            MessageOption oneWay(MessageOption::TF_ASYNC);
-            data.WriteBuffer(payload.data(), payload.size());
-            echo->SendRequest(kCount, data, none, oneWay);
-        }
-        done->WaitFor(++batches);
-    }
-    state.counters["msgs_per_s"] =
-        benchmark::Counter(static_cast<double>(state.iterations() * kOneWayBatch), benchmark::Counter::kIsRate);
+    OneWayToEcho sink;
+    MeasureOneWay(state, sink, kOneWayBatch);
 }
 
 BENCHMARK(SocketTransportRoundTrip)->UseRealTime()->Unit(benchmark::kMicrosecond);

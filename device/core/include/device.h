@@ -95,6 +95,8 @@ public:
 
     // The pid of the process the service runs in; 0 before boot.
     int32_t ServicePid() const;
+    // The process the service runs in, for a caller of its own (a benchmark); null before boot.
+    const std::shared_ptr<VirtualProcess>& ServiceProcess() const { return serviceProcess_; }
 
 private:
     // Where a request goes, as the sending process sees it.

@@ -72,7 +72,8 @@ public:
     bool Post(std::function<void()> work);
     bool PostNext(std::function<void()> work);
     bool PostTurn(Sequencer::Turn turn, std::function<void()> work);
-    bool PostInLane(const void* key, std::function<void()> work);
+    // `turn`: one reserved already, maybe in another real process, taken over as PostTurn() does.
+    bool PostInLane(const void* key, std::function<void()> work, Sequencer::Turn turn = Sequencer::kNoTurn);
     // Called by lane work about to block (a synchronous request it sends): the lane's other keys go
     // on on another thread meanwhile. Does nothing on other threads.
     static void LetLaneGoOn();

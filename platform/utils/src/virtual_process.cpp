@@ -15,6 +15,8 @@ thread_local bool tAssigned = false;
 // let the lane go on without it.
 enum class LaneState { NONE, RUNNING, LET_GO };
 thread_local LaneState tLane = LaneState::NONE;
+// The process whose lane the thread drains, whatever process its work may have made it work for.
+thread_local std::weak_ptr<VirtualProcess> tLaneOwner;
 
 std::mutex& ObserverMutex()
 {
@@ -187,15 +189,19 @@ void VirtualProcess::EnqueueLocked(std::function<void()> work, Order order, Sequ
     }
 }
 
-bool VirtualProcess::PostInLane(const void* key, std::function<void()> work)
+bool VirtualProcess::PostInLane(const void* key, std::function<void()> work, Sequencer::Turn turn)
 {
+    const bool given = turn != Sequencer::kNoTurn && Sequencer::Adopt(turn);
     bool start = false;
     {
         std::lock_guard<std::mutex> lock(pool_->mutex);
         if (!pool_->alive || pool_->stopping) {
+            if (given) {
+                Sequencer::Cancel(turn);
+            }
             return false;
         }
-        pool_->lane.emplace_back(key, Work{std::move(work), WorkTracker::Token(), Sequencer::Reserve()});
+        pool_->lane.emplace_back(key, Work{std::move(work), WorkTracker::Token(), given ? turn : Sequencer::Reserve()});
         // A drain on its way or running takes it: no wake-up.
         start = pool_->laneDrains == 0;
         if (start) {
@@ -230,8 +236,12 @@ void VirtualProcess::LetLaneGoOn()
     if (tLane != LaneState::RUNNING) {
         return;
     }
+    const std::shared_ptr<VirtualProcess> owner = tLaneOwner.lock();
+    if (owner == nullptr) {
+        return;
+    }
     tLane = LaneState::LET_GO;
-    const std::shared_ptr<Pool> pool = Current()->pool_;
+    const std::shared_ptr<Pool>& pool = owner->pool_;
     bool start = false;
     {
         std::lock_guard<std::mutex> lock(pool->mutex);
@@ -239,7 +249,7 @@ void VirtualProcess::LetLaneGoOn()
         start =
             pool->laneDrains == 0 && !pool->stopping && FirstRunnable(pool->lane, pool->laneBusy) != pool->lane.end();
         if (start) {
-            Current()->StartDrainLocked();
+            owner->StartDrainLocked();
         }
     }
     if (start) {
@@ -272,6 +282,7 @@ std::optional<VirtualProcess::LaneWork> VirtualProcess::NextLaneWork(Pool& pool,
 
 void VirtualProcess::DrainLane(const std::shared_ptr<Pool>& pool)
 {
+    tLaneOwner = tCurrent;
     std::optional<LaneWork> next = NextLaneWork(*pool, nullptr, false);
     while (next) {
         tLane = LaneState::RUNNING;

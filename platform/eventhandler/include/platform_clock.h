@@ -26,6 +26,9 @@ public:
 
     static time_point now() noexcept;
     static bool IsVirtual() noexcept;
+    // Real mode: the steady-clock instant at which now() reaches `when`, to wait for it to the
+    // microsecond rather than a whole millisecond past it.
+    static std::chrono::steady_clock::time_point RealTimeOf(time_point when) noexcept;
 
 private:
     friend class VirtualClock;

@@ -195,7 +195,7 @@ std::optional<EventQueue::Entry> EventQueue::WaitForDueTask()
         if (tasks_.empty() || PlatformClock::IsVirtual()) {
             changed_.wait(lock);
         } else {
-            changed_.wait_for(lock, tasks_.begin()->first.due - PlatformClock::now());
+            changed_.wait_until(lock, PlatformClock::RealTimeOf(tasks_.begin()->first.due));
         }
     }
 }

@@ -25,6 +25,11 @@ PlatformClock::time_point PlatformClock::now() noexcept
     return time_point(std::chrono::duration_cast<duration>(std::chrono::steady_clock::now() - epoch));
 }
 
+std::chrono::steady_clock::time_point PlatformClock::RealTimeOf(time_point when) noexcept
+{
+    return RealEpoch() + when.time_since_epoch();
+}
+
 bool PlatformClock::IsVirtual() noexcept
 {
     return gVirtual.load(std::memory_order_acquire);

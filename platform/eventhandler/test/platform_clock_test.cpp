@@ -40,5 +40,12 @@ TEST_F(PlatformClockTest, RealModeRunsADelayedTaskOnTheSteadyClock)
     EXPECT_FALSE(PlatformClock::IsVirtual());
 }
 
+TEST_F(PlatformClockTest, RealInstantsOfPlatformTimesKeepTheirDistances)
+{
+    const PlatformClock::time_point start{};
+    EXPECT_EQ(PlatformClock::RealTimeOf(start + 7ms) - PlatformClock::RealTimeOf(start), 7ms);
+    EXPECT_EQ(PlatformClock::RealTimeOf(start + 2500ms) - PlatformClock::RealTimeOf(start + 500ms), 2s);
+}
+
 }  // namespace
 }  // namespace Tarvo

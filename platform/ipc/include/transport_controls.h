@@ -4,8 +4,9 @@
 // What every transport keeps for the device's controls (IPCTransport::SetTransportFault and
 // SetTransactionObserver): the pids whose objects fail in transport, and the observer, which is
 // called without any lock held (a call still running when it is replaced keeps its own copy).
-// Thread-safe.
+// Thread-safe; requests read both without taking a lock unless they changed.
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -24,7 +25,7 @@ public:
     template <typename Build>
     void Observe(Build&& build) const
     {
-        std::shared_ptr<const IPCTransport::TransactionObserver> observer = Observer();
+        const IPCTransport::TransactionObserver* observer = Observer();
         if (observer != nullptr) {
             TransactionRecord record;
             build(record);
@@ -33,11 +34,15 @@ public:
     }
 
 private:
-    std::shared_ptr<const IPCTransport::TransactionObserver> Observer() const;
+    // Valid until this thread asks again: the thread keeps its own reference.
+    const IPCTransport::TransactionObserver* Observer() const;
 
     mutable std::mutex mutex_;
     std::set<int32_t> faultyPids_;
     std::shared_ptr<const IPCTransport::TransactionObserver> observer_;
+    // Read on every request without the lock: whether any pid fails, and which observer is set.
+    std::atomic<size_t> faultCount_{0};
+    std::atomic<uint64_t> observerVersion_{0};
 };
 
 }  // namespace Tarvo

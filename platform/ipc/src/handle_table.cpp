@@ -35,7 +35,7 @@ sptr<IPCObjectProxy> HandleTable::ProxyFor(const sptr<IPCObjectStub>& stub,
     // Taken before the lock so that the last reference is not dropped under it. The liveness check
     // is made under the lock: a kill then either precedes it or marks the new node.
     std::shared_ptr<ProcessSession> owner = stub->GetOwner();
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::lock_guard<std::shared_mutex> lock(mutex_);
     if (sptr<IPCObjectProxy> proxy = FindLiveProxy(stub.GetRefPtr(), holder)) {
         return proxy;
     }
@@ -49,14 +49,14 @@ sptr<IPCObjectProxy> HandleTable::ProxyFor(const sptr<IPCObjectStub>& stub,
 
 sptr<IPCObjectStub> HandleTable::StubOf(uint64_t handle)
 {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::shared_lock<std::shared_mutex> lock(mutex_);
     auto node = nodes_.find(handle);
     return node == nodes_.end() ? nullptr : node->second.stub;
 }
 
 sptr<IPCObjectStub> HandleTable::Release(uint64_t handle)
 {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::lock_guard<std::shared_mutex> lock(mutex_);
     auto node = nodes_.find(handle);
     if (node == nodes_.end()) {
         return nullptr;
@@ -77,7 +77,7 @@ sptr<IPCObjectStub> HandleTable::Release(uint64_t handle)
 std::vector<HandleTable::Obituary> HandleTable::MarkOwnerDead(const std::weak_ptr<ProcessSession>& owner)
 {
     std::vector<Obituary> obituaries;
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::lock_guard<std::shared_mutex> lock(mutex_);
     for (auto& [handle, node] : nodes_) {
         if (node.dead || !node.stub->IsOwnedBy(owner)) {
             continue;

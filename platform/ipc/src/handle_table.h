@@ -5,12 +5,13 @@
 // process and keeps the stub alive while its proxy lives; the proxy itself is cached weakly, so
 // that a holder gets the same proxy for a stub as long as it keeps one.
 //
-// Thread-safe. Nothing is called out of the table with its lock held: references that may be the
-// last are handed back to the caller to drop.
+// Thread-safe; requests look handles up side by side. Nothing is called out of the table with its lock held: references
+// that may be the last are handed back to the caller to drop.
 
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <shared_mutex>
 #include <unordered_map>
 #include <vector>
 
@@ -47,7 +48,8 @@ private:
 
     sptr<IPCObjectProxy> FindLiveProxy(const IPCObjectStub* stub, const std::shared_ptr<VirtualProcess>& holder);
 
-    std::mutex mutex_;
+    // Shared by the lookups of every request, taken alone to change the table.
+    std::shared_mutex mutex_;
     uint64_t nextHandle_ = 1;
     std::unordered_map<uint64_t, Node> nodes_;
     // The handles of each stub, to find a holder's proxy; a stub here is kept alive by its nodes.

@@ -11,7 +11,6 @@
 #include "ipc_object_proxy.h"
 #include "ipc_object_stub.h"
 #include "ipc_types.h"
-#include "one_way_queue.h"
 #include "sequencer.h"
 #include "transaction.h"
 
@@ -26,8 +25,7 @@ std::chrono::seconds WaitTimeOf(const MessageOption& option)
 }
 }  // namespace
 
-InProcessTransport::InProcessTransport()
-    : handles_(std::make_unique<HandleTable>()), oneWay_(std::make_unique<OneWayQueue>())
+InProcessTransport::InProcessTransport() : handles_(std::make_unique<HandleTable>())
 {
     // Made once per real process and never destroyed, so the observer may keep `this`.
     VirtualProcess::AddKillObserver([this](VirtualProcess& killed) { OnProcessKilled(killed); });
@@ -92,18 +90,16 @@ std::shared_ptr<Transaction> InProcessTransport::MakeTransaction(const sptr<IPCO
     auto txn = std::make_shared<Transaction>(stub, owner.Pid(), code, data, option);
     txn->caller = VirtualProcess::Current()->Identity();
     txn->tag = CallingContext::Tag();
-    if (txn->oneWay) {
-        txn->pending.emplace();
-    }
     return txn;
 }
 
 int InProcessTransport::SendSync(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner, MessageParcel& reply)
 {
+    Waiting& waiting = WaitingFor(txn->targetPid);
     {
         // Registered before posting, so that a kill from here on wakes this caller.
-        std::lock_guard<std::mutex> lock(mutex_);
-        waiting_.push_back(txn);
+        std::lock_guard<std::mutex> lock(waiting.mutex);
+        waiting.transactions.push_back(txn);
     }
     int status = ERR_DEAD_OBJECT;
     bool replied = false;
@@ -112,8 +108,8 @@ int InProcessTransport::SendSync(const std::shared_ptr<Transaction>& txn, Virtua
         status = txn->Wait(WaitTimeOf(txn->option), replied);
     }
     {
-        std::lock_guard<std::mutex> lock(mutex_);
-        std::erase(waiting_, txn);
+        std::lock_guard<std::mutex> lock(waiting.mutex);
+        std::erase(waiting.transactions, txn);
     }
     if (replied) {
         reply = txn->reply;
@@ -126,34 +122,10 @@ int InProcessTransport::SendSync(const std::shared_ptr<Transaction>& txn, Virtua
 
 int InProcessTransport::SendOneWay(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner)
 {
-    if (Sequencer::Enabled()) {
-        // In virtual time each request has a turn of its own, taken as it is sent: the line keeps
-        // them in the order sent, whichever process sends them.
-        const bool posted = owner.Post([this, txn] {
-            Deliver(*txn);
-            txn->pending.reset();
-        });
-        return posted ? ERR_NONE : ERR_DEAD_OBJECT;
-    }
-    sptr<IPCObjectStub> target = txn->target;
-    if (!oneWay_->Push(txn)) {
-        return ERR_NONE;
-    }
-    if (!owner.Post([this, target] { DrainOneWay(target); })) {
-        // Died since the check: nothing queued for it will ever run.
-        oneWay_->Abandon(target.GetRefPtr());
-        return ERR_DEAD_OBJECT;
-    }
-    return ERR_NONE;
-}
-
-void InProcessTransport::DrainOneWay(const sptr<IPCObjectStub>& target)
-{
-    // `target` keeps the queue's key valid until the queue is gone.
-    while (std::shared_ptr<Transaction> txn = oneWay_->Next(target.GetRefPtr())) {
-        Deliver(*txn);
-        txn->pending.reset();
-    }
+    // The owner's lane delivers one request at a time per object, in the order sent, and hands a
+    // burst over in one go; in virtual time each request still takes its own turn, in send order.
+    const bool posted = owner.PostInLane(txn->target.GetRefPtr(), [this, txn] { Deliver(*txn); });
+    return posted ? ERR_NONE : ERR_DEAD_OBJECT;
 }
 
 void InProcessTransport::Deliver(Transaction& txn)
@@ -285,8 +257,9 @@ void InProcessTransport::OnProcessKilled(VirtualProcess& killed)
     std::weak_ptr<ProcessSession> owner = process;
     std::vector<std::shared_ptr<Transaction>> woken;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
-        for (const auto& txn : waiting_) {
+        Waiting& waiting = WaitingFor(killed.Pid());
+        std::lock_guard<std::mutex> lock(waiting.mutex);
+        for (const auto& txn : waiting.transactions) {
             if (txn->target->IsOwnedBy(owner)) {
                 woken.push_back(txn);
             }

@@ -10,6 +10,7 @@
 // seconds (see Transaction for why). All sessions share one address space, so wire values are
 // global: a cookie names an object wherever it is read, a handle names a stub for one holder.
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -24,7 +25,6 @@
 namespace Tarvo {
 
 class HandleTable;
-class OneWayQueue;
 class Transaction;
 
 class InProcessTransport : public IPCTransport {
@@ -51,7 +51,6 @@ private:
                                                  uint32_t code, const MessageParcel& data, const MessageOption& option);
     int SendSync(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner, MessageParcel& reply);
     int SendOneWay(const std::shared_ptr<Transaction>& txn, VirtualProcess& owner);
-    void DrainOneWay(const sptr<IPCObjectStub>& target);
     void Deliver(Transaction& txn);
     void Observe(const Transaction& txn, int status);
     // The object a wire value names, whoever holds it; null if none.
@@ -61,13 +60,20 @@ private:
     void SendObituaries(const std::weak_ptr<ProcessSession>& killed);
 
     const std::unique_ptr<HandleTable> handles_;
-    const std::unique_ptr<OneWayQueue> oneWay_;
 
+    // Synchronous requests whose callers wait, by target process, so that its death wakes them
+    // early; spread over shards so that requests to different processes share no lock.
+    struct Waiting {
+        std::mutex mutex;
+        std::vector<std::shared_ptr<Transaction>> transactions;
+    };
+    static constexpr size_t kWaitingShards = 64;
+    Waiting& WaitingFor(int32_t pid) { return waiting_[static_cast<uint32_t>(pid) % kWaitingShards]; }
+
+    std::array<Waiting, kWaitingShards> waiting_;
     std::mutex mutex_;
     TransportControls controls_;
     sptr<IRemoteObject> contextObject_;
-    // Synchronous requests whose callers wait, in sending order; woken early when the target dies.
-    std::vector<std::shared_ptr<Transaction>> waiting_;
     // Objects written into parcels, by cookie; an entry whose object is gone is swept later.
     std::unordered_map<uint64_t, wptr<IRemoteObject>> cookies_;
     size_t sweepAt_ = 64;

@@ -38,6 +38,8 @@ bool Transaction::Complete(int status, bool replied)
 
 int Transaction::Wait(std::chrono::seconds timeout, bool& replied)
 {
+    // One-way requests queued behind this one in the sender's lane must not wait for the reply.
+    VirtualProcess::LetLaneGoOn();
     Sequencer::Finish();
     std::unique_lock<std::mutex> lock(mutex_);
     if (!done_.wait_for(lock, timeout, [this] { return completed_; })) {

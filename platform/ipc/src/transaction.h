@@ -16,14 +16,12 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <optional>
 
 #include "ipc_object_stub.h"
 #include "message_option.h"
 #include "message_parcel.h"
 #include "sequencer.h"
 #include "virtual_process.h"
-#include "work_tracker.h"
 
 namespace Tarvo {
 
@@ -47,8 +45,6 @@ public:
     MessageOption option;
     ProcessIdentity caller;
     uint64_t tag = 0;
-    // One-way requests wait in the driver's queue, not the process's: count them until delivered.
-    std::optional<WorkTracker::Token> pending;
 
 private:
     std::mutex mutex_;

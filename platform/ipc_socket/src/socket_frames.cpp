@@ -29,10 +29,9 @@ bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& end
     if (oneWay && !from->inProcess && (frame.flags & WireFormat::FLAG_COUNTED) != 0 && SharedTimePage::Attached()) {
         counted = WorkTracker::Token::Adopt();
     }
-    // In virtual time each one-way request runs in the turn its sender reserved: the line keeps
-    // them in order, and when each runs does not depend on when it was read.
-    std::shared_ptr<SocketNode::OneWay> single;
-    bool startDrain = false;
+    // One-way requests go through the receiver's lane: one at a time per object, in the order read,
+    // a burst handed over in one go; in virtual time each runs in the turn its sender reserved.
+    std::shared_ptr<SocketNode::OneWay> queued;
     uint64_t cookie = frame.target;
     const Sequencer::Turn turn = frame.turn;
     {
@@ -44,14 +43,9 @@ bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& end
         if (node == nullptr || !PeerHoldsLocked(*node, from->peerPid) || !CheckObjectsLocked(*endpoint, *from, frame)) {
             cookie = 0;
         } else if (oneWay) {
-            SocketNode::OneWay queued{from, std::move(frame), counted ? std::move(counted) : WorkTracker::Token()};
-            if (Sequencer::Enabled()) {
-                single = std::make_shared<SocketNode::OneWay>(std::move(queued));
-            } else {
-                node->oneWay.push_back(std::move(queued));
-                startDrain = !node->draining;
-                node->draining = true;
-            }
+            queued = std::make_shared<SocketNode::OneWay>(
+                SocketNode::OneWay{from, std::move(frame), counted ? std::move(counted) : WorkTracker::Token()});
+            ++node->queuedOneWays;
         }
     }
     if (cookie == 0) {
@@ -65,25 +59,8 @@ bool SocketTransport::Impl::OnRequest(const std::shared_ptr<SocketEndpoint>& end
             endpoint,
             [self = shared_from_this(), endpoint, from, request] { self->HandleRequest(endpoint, from, *request); },
             turn);
-    } else if (single != nullptr) {
-        PostTo(
-            endpoint,
-            [self = shared_from_this(), endpoint, single] {
-                self->HandleRequest(endpoint, single->from, single->frame);
-                single->pending.reset();
-            },
-            turn);
-    } else if (!startDrain) {
-        // Handled by the drain already on its way, as one-way requests to one object are.
-        Sequencer::Cancel(turn);
-    } else if (!PostTo(
-                   endpoint, [self = shared_from_this(), endpoint, cookie] { self->DrainOneWay(endpoint, cookie); },
-                   turn)) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (SocketNode* node = OwnNodeLocked(*endpoint, cookie)) {
-            node->oneWay.clear();
-            node->draining = false;
-        }
+    } else if (!PostToLane(endpoint, cookie, queued, turn)) {
+        OneWayDone(*endpoint, cookie);
     }
     return true;
 }

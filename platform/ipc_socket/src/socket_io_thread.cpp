@@ -193,6 +193,26 @@ bool SocketTransport::Impl::PostTo(const std::shared_ptr<SocketEndpoint>& endpoi
     return turn != Sequencer::kNoTurn ? session->PostTurn(turn, std::move(work)) : session->Post(std::move(work));
 }
 
+bool SocketTransport::Impl::PostToLane(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie,
+                                       const std::shared_ptr<SocketNode::OneWay>& request, Sequencer::Turn turn)
+{
+    std::shared_ptr<VirtualProcess> session = endpoint->session.lock();
+    if (session == nullptr) {
+        Sequencer::Cancel(turn);
+        return false;
+    }
+    // The object's cookie names it within its process, whose lane this is.
+    const auto* key = reinterpret_cast<const void*>(static_cast<uintptr_t>(cookie));
+    return session->PostInLane(
+        key,
+        [self = shared_from_this(), endpoint, cookie, request] {
+            self->HandleRequest(endpoint, request->from, request->frame);
+            request->pending.reset();
+            self->OneWayDone(*endpoint, cookie);
+        },
+        turn);
+}
+
 void SocketTransport::Impl::PostAnswer(std::function<void()> work)
 {
     {

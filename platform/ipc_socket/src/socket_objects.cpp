@@ -56,7 +56,8 @@ void SocketTransport::Impl::SweepLocked()
 {
     std::erase_if(nodes_, [this](const auto& item) {
         const SocketNode& node = item.second;
-        bool gone = node.holders.empty() && node.published == 0 && !node.draining && node.counter->GetStrong() <= 0;
+        bool gone =
+            node.holders.empty() && node.published == 0 && node.queuedOneWays == 0 && node.counter->GetStrong() <= 0;
         if (gone) {
             cookies_.erase(node.object);
         }

@@ -238,25 +238,11 @@ void SocketTransport::Impl::Observe(const SocketEndpoint& endpoint, const Socket
     });
 }
 
-// One at a time per object, in the order received.
-void SocketTransport::Impl::DrainOneWay(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie)
+void SocketTransport::Impl::OneWayDone(const SocketEndpoint& endpoint, uint64_t cookie)
 {
-    for (;;) {
-        SocketNode::OneWay next;
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            SocketNode* node = OwnNodeLocked(*endpoint, cookie);
-            if (node == nullptr) {
-                return;
-            }
-            if (node->oneWay.empty()) {
-                node->draining = false;
-                return;
-            }
-            next = std::move(node->oneWay.front());
-            node->oneWay.pop_front();
-        }
-        HandleRequest(endpoint, next.from, next.frame);
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (SocketNode* node = OwnNodeLocked(endpoint, cookie)) {
+        --node->queuedOneWays;
     }
 }
 

@@ -102,9 +102,8 @@ struct SocketNode {
     // Kept while a connection holds the object strongly, or it is published under a name.
     sptr<IRemoteObject> strongHold;
     std::map<const SocketConnection*, Refs> holders;
-    int published = 0;  // names it is published under
-    std::deque<OneWay> oneWay;
-    bool draining = false;
+    int published = 0;      // names it is published under
+    int queuedOneWays = 0;  // on their way to the object, which is kept for them
 };
 
 struct SocketEndpoint {
@@ -200,7 +199,7 @@ public:
              WireFormat::Frame* answer);
     void HandleRequest(const std::shared_ptr<SocketEndpoint>& endpoint, const std::shared_ptr<SocketConnection>& from,
                        WireFormat::Frame& frame);
-    void DrainOneWay(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie);
+    void OneWayDone(const SocketEndpoint& endpoint, uint64_t cookie);
     void SendReply(const std::shared_ptr<SocketEndpoint>& endpoint, const std::shared_ptr<SocketConnection>& to,
                    uint64_t id, int status, const MessageParcel& reply, Sequencer::Turn resume);
     int SendOneWay(const std::shared_ptr<SocketEndpoint>& holder, const std::shared_ptr<SocketConnection>& connection,
@@ -268,6 +267,8 @@ public:
     // With a turn the frame carried (virtual time), the work runs in that turn.
     bool PostTo(const std::shared_ptr<SocketEndpoint>& endpoint, std::function<void()> work,
                 Sequencer::Turn turn = Sequencer::kNoTurn);
+    bool PostToLane(const std::shared_ptr<SocketEndpoint>& endpoint, uint64_t cookie,
+                    const std::shared_ptr<SocketNode::OneWay>& request, Sequencer::Turn turn);
     // Under mutex_.
     uint64_t Watch(int fd, std::shared_ptr<SocketEndpoint> endpoint, std::shared_ptr<SocketConnection> connection,
                    std::string via = {});

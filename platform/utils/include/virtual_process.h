@@ -18,6 +18,10 @@
 //  - PostTurn() queues work whose turn was reserved already, maybe in another real process (a
 //    message that carries its turn); the turn becomes this process's. A turn cancelled meanwhile
 //    (its reserver died) is replaced by one at the back of the line.
+//  - PostInLane() queues work in the process's lane: work of one key runs one at a time, in the
+//    order posted; the lane's work is run by drains on the pool's threads, one drain unless a work
+//    blocks (LetLaneGoOn), so a burst is handed over with one wake-up. In virtual time each work
+//    still reserves its own turn when posted and runs holding it.
 //  - Kill() is terminal: IsAlive() turns false, Post() is refused, kill observers run once on the
 //    calling thread. Work already running finishes; work already queued still runs, and must check
 //    IsAlive() itself if a dead process must not act.
@@ -29,8 +33,10 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "process_session.h"
@@ -66,6 +72,11 @@ public:
     bool Post(std::function<void()> work);
     bool PostNext(std::function<void()> work);
     bool PostTurn(Sequencer::Turn turn, std::function<void()> work);
+    // `turn`: one reserved already, maybe in another real process, taken over as PostTurn() does.
+    bool PostInLane(const void* key, std::function<void()> work, Sequencer::Turn turn = Sequencer::kNoTurn);
+    // Called by lane work about to block (a synchronous request it sends): the lane's other keys go
+    // on on another thread meanwhile. Does nothing on other threads.
+    static void LetLaneGoOn();
     // A thread that works for this process (event runners, delivery threads).
     std::thread StartThread(std::function<void()> body);
 
@@ -79,6 +90,7 @@ private:
         WorkTracker::Token token;
         Sequencer::Turn turn;
     };
+    using LaneWork = std::pair<const void*, Work>;
     // Shared with the worker threads, so that a thread detached by a destructor running on it
     // never touches freed memory.
     struct Pool {
@@ -89,9 +101,20 @@ private:
         size_t idle = 0;
         bool alive = true;
         bool stopping = false;
+        // The lane: work in posting order, the keys whose work a drain has taken, and the drains
+        // posted or running.
+        std::deque<LaneWork> lane;
+        std::vector<const void*> laneBusy;
+        size_t laneDrains = 0;
     };
-    enum class Order { BACK, FIRST, GIVEN };
+    // LANE: a drain of the lane, queued before all work with turns (it takes none of its own).
+    enum class Order { BACK, FIRST, GIVEN, LANE };
     bool Enqueue(std::function<void()> work, Order order, Sequencer::Turn turn);
+    void EnqueueLocked(std::function<void()> work, Order order, Sequencer::Turn turn);
+    void StartDrainLocked();
+    static std::optional<LaneWork> NextLaneWork(Pool& pool, const void* done, bool detached);
+    static void DrainLane(const std::shared_ptr<Pool>& pool);
+    static void RunHolding(Work& work);
     static void WorkerLoop(const std::shared_ptr<Pool>& pool);
 
     const ProcessIdentity identity_;

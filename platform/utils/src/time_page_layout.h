@@ -7,7 +7,8 @@
 //
 // Every change a process makes under the mutex commits with one aligned store (an index, a pid), so
 // a process killed inside the lock leaves either the old state or the new one; the next locker is
-// told by the robust mutex (EOWNERDEAD) and carries on.
+// told by the robust mutex (EOWNERDEAD) and carries on. The counts of work in flight change without
+// the mutex, each with one atomic add.
 
 #include <pthread.h>
 
@@ -17,7 +18,7 @@
 namespace Tarvo::TimePage {
 
 constexpr uint64_t kMagic = 0x314d495456524154;  // "TARVTIM1", little-endian
-constexpr uint32_t kVersion = 2;
+constexpr uint32_t kVersion = 3;
 constexpr uint64_t kLineCapacity = 65536;
 constexpr uint32_t kMaxShares = 256;
 
@@ -35,11 +36,12 @@ struct Slot {
     int32_t reserved;
 };
 
-// One process's part of the work in flight: what it began minus what it ended.
+// One process's part of the work in flight: what it began minus what it ended. Claimed and freed
+// under the mutex; the owner counts in it without the lock.
 struct Share {
-    int32_t pid;
+    std::atomic<int32_t> pid;
     int32_t reserved;
-    int64_t count;
+    std::atomic<int64_t> count;
 };
 
 struct Layout {
@@ -57,15 +59,18 @@ struct Layout {
     int32_t holder;
     int32_t reserved;
     uint64_t taken;
-    uint64_t changes;
-    uint32_t sharesUsed;
+    // Bumped before every change of a count, so that a reader can tell a consistent sum of the
+    // shares from one that raced a change.
+    std::atomic<uint64_t> changes;
+    std::atomic<uint32_t> sharesUsed;
     // Threads waiting for quiet: nobody is woken when nobody waits (a dead waiter costs one wake-up).
-    uint32_t quietWaiters;
+    std::atomic<uint32_t> quietWaiters;
     Share shares[kMaxShares];
     Slot slots[kLineCapacity];
 };
 
-static_assert(std::atomic<int64_t>::is_always_lock_free && std::atomic<uint32_t>::is_always_lock_free);
+static_assert(std::atomic<int64_t>::is_always_lock_free && std::atomic<uint32_t>::is_always_lock_free &&
+              std::atomic<uint64_t>::is_always_lock_free && std::atomic<int32_t>::is_always_lock_free);
 static_assert(sizeof(std::atomic<uint32_t>) == sizeof(uint32_t));
 
 // The page this process uses: the attached one, else a private one.

@@ -4,11 +4,19 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
 
 namespace Tarvo {
 namespace {
 thread_local std::weak_ptr<VirtualProcess> tCurrent;
 thread_local bool tAssigned = false;
+
+// Where the thread stands in its process's lane: running lane work, or running lane work that has
+// let the lane go on without it.
+enum class LaneState { NONE, RUNNING, LET_GO };
+thread_local LaneState tLane = LaneState::NONE;
+// The process whose lane the thread drains, whatever process its work may have made it work for.
+thread_local std::weak_ptr<VirtualProcess> tLaneOwner;
 
 std::mutex& ObserverMutex()
 {
@@ -142,21 +150,31 @@ bool VirtualProcess::PostTurn(Sequencer::Turn turn, std::function<void()> work)
 
 bool VirtualProcess::Enqueue(std::function<void()> work, Order order, Sequencer::Turn turn)
 {
-    std::lock_guard<std::mutex> lock(pool_->mutex);
-    if (!pool_->alive || pool_->stopping) {
-        if (order == Order::GIVEN) {
-            Sequencer::Cancel(turn);
+    {
+        std::lock_guard<std::mutex> lock(pool_->mutex);
+        if (!pool_->alive || pool_->stopping) {
+            if (order == Order::GIVEN) {
+                Sequencer::Cancel(turn);
+            }
+            return false;
         }
-        return false;
+        if (order != Order::GIVEN) {
+            turn = order == Order::FIRST ? Sequencer::ReserveFirst() : Sequencer::Reserve();
+        }
+        EnqueueLocked(std::move(work), order, turn);
     }
-    if (order != Order::GIVEN) {
-        turn = order == Order::FIRST ? Sequencer::ReserveFirst() : Sequencer::Reserve();
-    }
+    // After the lock, so that the woken thread does not have to wait for it.
+    pool_->workReady.notify_one();
+    return true;
+}
+
+void VirtualProcess::EnqueueLocked(std::function<void()> work, Order order, Sequencer::Turn turn)
+{
     // The pool's queue keeps the order of the turns, so a free thread always takes the earliest.
     auto at = std::upper_bound(pool_->queue.begin(), pool_->queue.end(), turn,
                                [](Sequencer::Turn before, const Work& queued) { return before < queued.turn; });
     if (turn == Sequencer::kNoTurn) {
-        at = order == Order::FIRST ? pool_->queue.begin() : pool_->queue.end();
+        at = order == Order::BACK ? pool_->queue.end() : pool_->queue.begin();
     }
     pool_->queue.insert(at, Work{std::move(work), WorkTracker::Token(), turn});
     // A hand-off may pass the cap: every other thread may be holding work whose turn comes later.
@@ -169,8 +187,121 @@ bool VirtualProcess::Enqueue(std::function<void()> work, Order order, Sequencer:
             WorkerLoop(pool);
         });
     }
-    pool_->workReady.notify_one();
+}
+
+bool VirtualProcess::PostInLane(const void* key, std::function<void()> work, Sequencer::Turn turn)
+{
+    const bool given = turn != Sequencer::kNoTurn && Sequencer::Adopt(turn);
+    bool start = false;
+    {
+        std::lock_guard<std::mutex> lock(pool_->mutex);
+        if (!pool_->alive || pool_->stopping) {
+            if (given) {
+                Sequencer::Cancel(turn);
+            }
+            return false;
+        }
+        pool_->lane.emplace_back(key, Work{std::move(work), WorkTracker::Token(), given ? turn : Sequencer::Reserve()});
+        // A drain on its way or running takes it: no wake-up.
+        start = pool_->laneDrains == 0;
+        if (start) {
+            StartDrainLocked();
+        }
+    }
+    if (start) {
+        pool_->workReady.notify_one();
+    }
     return true;
+}
+
+void VirtualProcess::StartDrainLocked()
+{
+    ++pool_->laneDrains;
+    // It takes no turn of its own, so it sorts first; it waits for the turns of the work it takes.
+    EnqueueLocked([pool = pool_] { DrainLane(pool); }, Order::LANE, Sequencer::kNoTurn);
+}
+
+namespace {
+template <typename Lane, typename Busy>
+auto FirstRunnable(Lane& lane, const Busy& busy)
+{
+    return std::find_if(lane.begin(), lane.end(), [&busy](const auto& item) {
+        return std::find(busy.begin(), busy.end(), item.first) == busy.end();
+    });
+}
+}  // namespace
+
+void VirtualProcess::LetLaneGoOn()
+{
+    if (tLane != LaneState::RUNNING) {
+        return;
+    }
+    const std::shared_ptr<VirtualProcess> owner = tLaneOwner.lock();
+    if (owner == nullptr) {
+        return;
+    }
+    tLane = LaneState::LET_GO;
+    const std::shared_ptr<Pool>& pool = owner->pool_;
+    bool start = false;
+    {
+        std::lock_guard<std::mutex> lock(pool->mutex);
+        --pool->laneDrains;
+        start =
+            pool->laneDrains == 0 && !pool->stopping && FirstRunnable(pool->lane, pool->laneBusy) != pool->lane.end();
+        if (start) {
+            owner->StartDrainLocked();
+        }
+    }
+    if (start) {
+        pool->workReady.notify_one();
+    }
+}
+
+std::optional<VirtualProcess::LaneWork> VirtualProcess::NextLaneWork(Pool& pool, const void* done, bool detached)
+{
+    std::lock_guard<std::mutex> lock(pool.mutex);
+    if (done != nullptr) {
+        pool.laneBusy.erase(std::find(pool.laneBusy.begin(), pool.laneBusy.end(), done));
+    }
+    // A drain that let the lane go on comes back only if nobody drains it now.
+    if (detached && pool.laneDrains != 0) {
+        return std::nullopt;
+    }
+    auto runnable = FirstRunnable(pool.lane, pool.laneBusy);
+    if (runnable == pool.lane.end()) {
+        // What is left belongs to keys whose work runs; their drains take it next.
+        pool.laneDrains -= detached ? 0 : 1;
+        return std::nullopt;
+    }
+    pool.laneDrains += detached ? 1 : 0;
+    std::optional<LaneWork> next(std::move(*runnable));
+    pool.lane.erase(runnable);
+    pool.laneBusy.push_back(next->first);
+    return next;
+}
+
+void VirtualProcess::DrainLane(const std::shared_ptr<Pool>& pool)
+{
+    tLaneOwner = tCurrent;
+    std::optional<LaneWork> next = NextLaneWork(*pool, nullptr, false);
+    while (next) {
+        tLane = LaneState::RUNNING;
+        RunHolding(next->second);
+        const bool detached = tLane == LaneState::LET_GO;
+        tLane = LaneState::NONE;
+        next = NextLaneWork(*pool, next->first, detached);
+    }
+}
+
+void VirtualProcess::RunHolding(Work& work)
+{
+    Sequencer::Take(work.turn);
+    work.run();
+    work.run = nullptr;  // what the work captured is released before the work counts as done
+    {
+        WorkTracker::Token done = std::move(work.token);
+    }
+    Sequencer::Finish();
 }
 
 void VirtualProcess::WorkerLoop(const std::shared_ptr<Pool>& pool)
@@ -185,13 +316,7 @@ void VirtualProcess::WorkerLoop(const std::shared_ptr<Pool>& pool)
         pool->queue.pop_front();
         --pool->idle;
         lock.unlock();
-        Sequencer::Take(work.turn);
-        work.run();
-        work.run = nullptr;  // what the work captured is released before the work counts as done
-        {
-            WorkTracker::Token done = std::move(work.token);
-        }
-        Sequencer::Finish();
+        RunHolding(work);
         lock.lock();
         ++pool->idle;
     }

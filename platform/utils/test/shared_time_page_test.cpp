@@ -297,7 +297,7 @@ TEST(SharedTimePageFileTest, WhatIsNotACompletePageOfThisBuildIsRefused)
              made(path);
              WriteAt(path, 8, 7);
          },
-         "of version 7, not 2"},
+         "of version 7, not 3"},
         {"other size",
          [&](const std::string& path) {
              made(path);

@@ -6,7 +6,10 @@
 #include <chrono>
 #include <future>
 #include <mutex>
+#include <set>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "sequencer.h"
@@ -133,6 +136,101 @@ TEST(VirtualProcessTest, BackToBackPostsDoNotQueueBehindABusyThread)
     EXPECT_EQ(first.get_future().wait_for(5s), std::future_status::ready);
 }
 
+// Notes what ran, in order, and on which thread.
+class Journal {
+public:
+    std::function<void()> Note(std::string name)
+    {
+        return [this, name] {
+            std::lock_guard<std::mutex> lock(mutex_);
+            names_.push_back(name);
+            threads_.push_back(std::this_thread::get_id());
+        };
+    }
+    std::vector<std::string> Names()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return names_;
+    }
+    size_t Threads()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return std::set<std::thread::id>(threads_.begin(), threads_.end()).size();
+    }
+
+private:
+    std::mutex mutex_;
+    std::vector<std::string> names_;
+    std::vector<std::thread::id> threads_;
+};
+
+TEST(VirtualProcessTest, LaneTakesABurstInOneDrainInPostingOrder)
+{
+    auto app = MakeProcess(107, "app");
+    Journal journal;
+    int a = 0;
+    int b = 0;
+    int c = 0;
+    std::promise<void> posted;
+    auto allPosted = posted.get_future().share();
+    ASSERT_TRUE(app->PostInLane(&a, [&, note = journal.Note("a1")] {
+        allPosted.wait();
+        note();
+    }));
+    for (auto [key, name] : {std::pair{&b, "b1"}, {&a, "a2"}, {&c, "c1"}, {&b, "b2"}}) {
+        ASSERT_TRUE(app->PostInLane(key, journal.Note(name)));
+    }
+    posted.set_value();
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(5s));
+    EXPECT_EQ(journal.Names(), (std::vector<std::string>{"a1", "b1", "a2", "c1", "b2"}));
+    EXPECT_EQ(journal.Threads(), 1u);
+}
+
+TEST(VirtualProcessTest, LaneWorkThatBlocksLetsOtherKeysGoOnButNotItsOwn)
+{
+    auto app = MakeProcess(108, "app");
+    Journal journal;
+    int a = 0;
+    int b = 0;
+    std::promise<void> bRan;
+    auto bDone = bRan.get_future().share();
+    ASSERT_TRUE(app->PostInLane(&a, [&, note = journal.Note("a1")] {
+        VirtualProcess::LetLaneGoOn();
+        // b's work can only run on another thread while this one waits.
+        EXPECT_EQ(bDone.wait_for(5s), std::future_status::ready);
+        note();
+    }));
+    ASSERT_TRUE(app->PostInLane(&a, journal.Note("a2")));
+    ASSERT_TRUE(app->PostInLane(&b, [&, note = journal.Note("b1")] {
+        note();
+        bRan.set_value();
+    }));
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(5s));
+    EXPECT_EQ(journal.Names(), (std::vector<std::string>{"b1", "a1", "a2"}));
+    // Outside lane work it does nothing.
+    VirtualProcess::LetLaneGoOn();
+}
+
+TEST(VirtualProcessTest, LaneWorkTakesTheTurnsReservedWhenPosted)
+{
+    Sequencer::Enable();
+    auto app = MakeProcess(109, "app");
+    auto other = MakeProcess(110, "other");
+    Journal journal;
+    int a = 0;
+    int b = 0;
+    {
+        Sequencer::Hold hold;
+        ASSERT_TRUE(app->PostInLane(&a, journal.Note("app a")));
+        ASSERT_TRUE(other->Post(journal.Note("other")));
+        ASSERT_TRUE(app->PostInLane(&b, journal.Note("app b")));
+        ASSERT_TRUE(app->Post(journal.Note("app posted")));
+        ASSERT_TRUE(app->PostInLane(&a, journal.Note("app a again")));
+    }
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(5s));
+    EXPECT_EQ(journal.Names(), (std::vector<std::string>{"app a", "other", "app b", "app posted", "app a again"}));
+}
+
 TEST(VirtualProcessTest, KillIsTerminalAndTellsObserversOnce)
 {
     static std::atomic<int> kills{0};
@@ -148,6 +246,7 @@ TEST(VirtualProcessTest, KillIsTerminalAndTellsObserversOnce)
     EXPECT_EQ(kills, 1);
     EXPECT_EQ(lastPid, 103);
     EXPECT_FALSE(app->Post([] {}));
+    EXPECT_FALSE(app->PostInLane(&lastPid, [] {}));
 }
 
 }  // namespace

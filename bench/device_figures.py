@@ -3,8 +3,10 @@
 
   tour_wall_us        zel_device run of the tour in virtual time, wall clock (median of 3)
   serve_host_rss_kb   VmRSS of the service host of an idle `zel_device serve`
+  serve_host_anon_kb  the part of it that is the process's own memory (RssAnon), not mapped files
   serve_total_rss_kb  VmRSS of every process of that device, added up
   bare_rss_kb         VmRSS of zel_bench_bare, a program linked with the platform libraries
+  bare_anon_kb        its RssAnon
   processes_sweep_us  one fps change for each of GAMES games with 6 callbacks each, played by
                       `zel_device run --processes --realtime`: from the first callback delivered
                       to the last one, from the trace (the player waits for the device to be
@@ -35,15 +37,19 @@ def tour_wall(bin_dir, source_dir):
     return statistics.median(wall_us([os.path.join(bin_dir, "zel_device"), "run", tour, "--quiet"]) for _ in range(3))
 
 
-def rss_kb(pid):
+def status_kb(pid, field):
     try:
         with open("/proc/%d/status" % pid) as f:
             for line in f:
-                if line.startswith("VmRSS:"):
+                if line.startswith(field + ":"):
                     return int(line.split()[1])
     except OSError:
         pass
     return 0
+
+
+def rss_kb(pid):
+    return status_kb(pid, "VmRSS")
 
 
 def descendants(pid):
@@ -87,7 +93,9 @@ def serve_rss(bin_dir):
             return None, None
         rss = settled_rss(lambda: [serve.pid] + descendants(serve.pid))
         hosts = [pid for pid in rss if command_line(pid)[1:3] == [b"process", b"host"]]
-        return (rss[hosts[0]] if hosts else None), sum(rss.values())
+        if not hosts:
+            return None, None, sum(rss.values())
+        return rss[hosts[0]], status_kb(hosts[0], "RssAnon"), sum(rss.values())
     finally:
         serve.terminate()
         serve.wait(timeout=30)
@@ -97,7 +105,8 @@ def bare_rss(bin_dir):
     bare = subprocess.Popen([os.path.join(bin_dir, "zel_bench_bare")], stdout=subprocess.PIPE, text=True)
     try:
         bare.stdout.readline()
-        return settled_rss(lambda: [bare.pid], settle_s=1.0, limit_s=5.0).get(bare.pid)
+        rss = settled_rss(lambda: [bare.pid], settle_s=1.0, limit_s=5.0).get(bare.pid)
+        return rss, status_kb(bare.pid, "RssAnon")
     finally:
         bare.terminate()
         bare.wait(timeout=10)
@@ -130,12 +139,15 @@ def processes_sweep(bin_dir, games=GAMES):
 
 def main():
     bin_dir, source_dir, out_file = sys.argv[1:4]
-    host, total = serve_rss(bin_dir)
+    host, host_anon, total = serve_rss(bin_dir)
+    bare_rss_kb, bare_anon_kb = bare_rss(bin_dir)
     figures = {
         "tour_wall_us": tour_wall(bin_dir, source_dir),
         "serve_host_rss_kb": host,
+        "serve_host_anon_kb": host_anon,
         "serve_total_rss_kb": total,
-        "bare_rss_kb": bare_rss(bin_dir),
+        "bare_rss_kb": bare_rss_kb,
+        "bare_anon_kb": bare_anon_kb,
         "processes_sweep_us": processes_sweep(bin_dir),
     }
     with open(out_file, "w") as f:

@@ -154,6 +154,8 @@ def rows():
         ("7 device", "tour wall time", ("device", "tour_wall_us", scalar()), None, ("none", None), "us"),
         ("7 device", "idle VmRSS, service host", ("device", "serve_host_rss_kb", scalar()),
          ("device", "bare_rss_kb", scalar()), ("below", 8192.0), "kB"),
+        ("7 device", "idle RssAnon, service host", ("device", "serve_host_anon_kb", scalar()),
+         ("device", "bare_anon_kb", scalar()), ("none", None), "kB"),
         ("7 device", "idle VmRSS, all processes", ("device", "serve_total_rss_kb", scalar()),
          ("device", "bare_rss_kb", scalar()), ("none", None), "kB"),
     ]

@@ -41,7 +41,7 @@ public:
 
     bool SendEvent(InnerEvent::Pointer& event, int64_t delayTime = 0, Priority priority = Priority::LOW);
     bool SendEvent(InnerEvent::Pointer&& event, int64_t delayTime = 0, Priority priority = Priority::LOW);
-    bool PostTask(const InnerEvent::Callback& callback, const std::string& name = std::string(), int64_t delayTime = 0,
+    bool PostTask(InnerEvent::Callback callback, const std::string& name = std::string(), int64_t delayTime = 0,
                   Priority priority = Priority::LOW, const InnerEvent::Caller& caller = {});
 
     void RemoveTask(const std::string& name);

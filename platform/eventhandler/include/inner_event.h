@@ -19,15 +19,19 @@ public:
     using Pointer = std::unique_ptr<InnerEvent, void (*)(InnerEvent*)>;
 
     // Defaults capture the call site of whoever lets them default (PostTask's caller, typically).
+    // The texts are the compiler's literals, so a posted task copies two pointers, not two strings.
     struct Caller {
-        std::string file_;
+        const char* file_;
         int line_;
-        std::string func_;
-        Caller(std::string file = __builtin_FILE(), int line = __builtin_LINE(),
-               std::string func = __builtin_FUNCTION());
+        const char* func_;
+        constexpr Caller(const char* file = __builtin_FILE(), int line = __builtin_LINE(),
+                         const char* func = __builtin_FUNCTION())
+            : file_(file), line_(line), func_(func)
+        {
+        }
     };
 
-    static Pointer Get(const Callback& callback, const std::string& name = std::string(), const Caller& caller = {});
+    static Pointer Get(Callback callback, const std::string& name = std::string(), const Caller& caller = {});
 
     InnerEvent(const InnerEvent&) = delete;
     InnerEvent& operator=(const InnerEvent&) = delete;
@@ -38,7 +42,7 @@ public:
     bool HasTask() const { return static_cast<bool>(callback_); }
 
 private:
-    InnerEvent(const Callback& callback, const std::string& name, const Caller& caller);
+    InnerEvent(Callback callback, const std::string& name, const Caller& caller);
     ~InnerEvent() = default;
     static void Release(InnerEvent* event);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <utility>
 
 #include "event_queue.h"
 #include "hilog.h"
@@ -52,10 +53,10 @@ bool EventHandler::SendEvent(InnerEvent::Pointer&& event, int64_t delayTime, Pri
     return SendEvent(event, delayTime, priority);
 }
 
-bool EventHandler::PostTask(const InnerEvent::Callback& callback, const std::string& name, int64_t delayTime,
+bool EventHandler::PostTask(InnerEvent::Callback callback, const std::string& name, int64_t delayTime,
                             Priority priority, const InnerEvent::Caller& caller)
 {
-    return SendEvent(InnerEvent::Get(callback, name, caller), delayTime, priority);
+    return SendEvent(InnerEvent::Get(std::move(callback), name, caller), delayTime, priority);
 }
 
 void EventHandler::RemoveTask(const std::string& name)

@@ -224,7 +224,8 @@ std::optional<EventQueue::Entry> EventQueue::TakeTurn(std::unique_lock<std::mute
 
 void EventQueue::DoneRunning()
 {
-    {
+    // Only a sequenced runner has a turn to pass on; the others need not take the lock again.
+    if (Sequencer::Enabled()) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (turnState_ == TurnState::RUNNING) {
             turnState_ = TurnState::NONE;

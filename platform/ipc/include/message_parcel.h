@@ -51,7 +51,7 @@ public:
     bool ParseFrom(const uint8_t* data, size_t size) override;
     void FlushBuffer() override;
 
-    bool WriteInterfaceToken(std::u16string name);
+    bool WriteInterfaceToken(const std::u16string& name);
     // Empty if no token can be read.
     std::u16string ReadInterfaceToken();
 

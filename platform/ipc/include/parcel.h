@@ -124,6 +124,7 @@ public:
 
 private:
     bool HasRoomFor(size_t size) const;
+    void ReserveFirst();
     // Appends without a capacity check; callers check first so that a field goes in whole or not at all.
     void AppendUint32(uint32_t value);
     void AppendUint64(uint64_t value);

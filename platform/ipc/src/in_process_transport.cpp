@@ -136,6 +136,9 @@ void InProcessTransport::Deliver(Transaction& txn)
     }
     int status = ERR_NONE;
     {
+        // One-way requests the handler sends go out as one hand-off per receiving process, when it
+        // is done.
+        VirtualProcess::HoldLaneWakes hold;
         CallingContext::Scope scope(&txn.caller, txn.tag);
         status = txn.target->DispatchRequest(txn.code, txn.data, txn.reply, txn.option);
     }

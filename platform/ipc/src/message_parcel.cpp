@@ -19,7 +19,7 @@ void MessageParcel::FlushBuffer()
     objects_.clear();
 }
 
-bool MessageParcel::WriteInterfaceToken(std::u16string name)
+bool MessageParcel::WriteInterfaceToken(const std::u16string& name)
 {
     return WriteString16(name);
 }

@@ -7,6 +7,7 @@ namespace Tarvo {
 namespace {
 constexpr size_t kAlignment = 4;
 constexpr size_t kWordSize = 4;
+constexpr size_t kFirstCapacity = 256;
 // The smallest encoded string: its length and the padded terminator.
 constexpr size_t kMinStringSize = 8;
 constexpr size_t kMaxCount = static_cast<size_t>(std::numeric_limits<int32_t>::max());
@@ -89,11 +90,20 @@ bool Parcel::HasRoomFor(size_t size) const
     return size <= maxCapacity_ && data_.size() <= maxCapacity_ - size;
 }
 
+void Parcel::ReserveFirst()
+{
+    // Most parcels are a few dozen bytes: one allocation instead of a doubling series from 4.
+    if (data_.capacity() == 0) {
+        data_.reserve(kFirstCapacity);
+    }
+}
+
 void Parcel::AppendUint32(uint32_t value)
 {
-    for (int shift = 0; shift < 32; shift += 8) {
-        data_.push_back(static_cast<uint8_t>(value >> shift));
-    }
+    ReserveFirst();
+    const uint8_t bytes[kWordSize] = {static_cast<uint8_t>(value), static_cast<uint8_t>(value >> 8),
+                                      static_cast<uint8_t>(value >> 16), static_cast<uint8_t>(value >> 24)};
+    data_.insert(data_.end(), bytes, bytes + kWordSize);
 }
 
 void Parcel::AppendUint64(uint64_t value)
@@ -104,6 +114,7 @@ void Parcel::AppendUint64(uint64_t value)
 
 void Parcel::AppendPadded(const void* bytes, size_t size)
 {
+    ReserveFirst();
     const auto* begin = static_cast<const uint8_t*>(bytes);
     if (size != 0) {
         data_.insert(data_.end(), begin, begin + size);

@@ -38,7 +38,9 @@ bool Transaction::Complete(int status, bool replied)
 
 int Transaction::Wait(std::chrono::seconds timeout, bool& replied)
 {
-    // One-way requests queued behind this one in the sender's lane must not wait for the reply.
+    // One-way requests queued behind this one in the sender's lane must not wait for the reply,
+    // nor those this thread sent and has not woken their receivers for yet.
+    VirtualProcess::WakeHeldLanes();
     VirtualProcess::LetLaneGoOn();
     Sequencer::Finish();
     std::unique_lock<std::mutex> lock(mutex_);

@@ -77,6 +77,20 @@ public:
     // Called by lane work about to block (a synchronous request it sends): the lane's other keys go
     // on on another thread meanwhile. Does nothing on other threads.
     static void LetLaneGoOn();
+
+    // While one lives, the wake-ups of lanes this thread starts are held back and given when the
+    // outermost one ends: a handler sending a burst of one-way requests wakes each receiving process
+    // once, after the burst, instead of being preempted by the first receiver. Whoever blocks inside
+    // one must call WakeHeldLanes() first. Scopes nest.
+    class HoldLaneWakes {
+    public:
+        HoldLaneWakes();
+        ~HoldLaneWakes();
+        HoldLaneWakes(const HoldLaneWakes&) = delete;
+        HoldLaneWakes& operator=(const HoldLaneWakes&) = delete;
+    };
+    // Gives the wake-ups held so far on this thread.
+    static void WakeHeldLanes();
     // A thread that works for this process (event runners, delivery threads).
     std::thread StartThread(std::function<void()> body);
 
@@ -112,6 +126,7 @@ private:
     bool Enqueue(std::function<void()> work, Order order, Sequencer::Turn turn);
     void EnqueueLocked(std::function<void()> work, Order order, Sequencer::Turn turn);
     void StartDrainLocked();
+    static void WakeForLane(const std::shared_ptr<Pool>& pool);
     static std::optional<LaneWork> NextLaneWork(Pool& pool, const void* done, bool detached);
     static void DrainLane(const std::shared_ptr<Pool>& pool);
     static void RunHolding(Work& work);
@@ -119,6 +134,8 @@ private:
 
     const ProcessIdentity identity_;
     const std::shared_ptr<Pool> pool_ = std::make_shared<Pool>();
+    static thread_local int tHoldDepth_;
+    static thread_local std::vector<std::shared_ptr<Pool>> tHeldWakes_;
 };
 
 // Makes the calling thread work for a process until the scope ends.

@@ -1,5 +1,6 @@
 #include "virtual_process.h"
 
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,12 +46,27 @@ std::atomic<std::shared_ptr<VirtualProcess>*>& HostSlot()
 
 // Native token: type 1 in bits 28-29 of the token id.
 constexpr uint32_t kHostTokenId = 1u << 28;
+
+// This real process holds the threads of every emulated process, thousands on a big device. Recent
+// kernels give a process a private futex hash sized for the CPUs, where they would all share a few
+// chains; the global hash is sized for the machine. Older kernels refuse the request: nothing to do.
+void UseGlobalFutexHash()
+{
+    constexpr int kPrFutexHash = 78;
+    constexpr int kPrFutexHashSetSlots = 1;
+    static const bool once = [] {
+        (void)prctl(kPrFutexHash, kPrFutexHashSetSlots, 0, 0, 0);
+        return true;
+    }();
+    (void)once;
+}
 }  // namespace
 
 VirtualProcess::VirtualProcess(ProcessIdentity identity) : identity_(std::move(identity)) {}
 
 std::shared_ptr<VirtualProcess> VirtualProcess::Create(ProcessIdentity identity)
 {
+    UseGlobalFutexHash();
     return std::shared_ptr<VirtualProcess>(new VirtualProcess(std::move(identity)));
 }
 
@@ -209,9 +225,42 @@ bool VirtualProcess::PostInLane(const void* key, std::function<void()> work, Seq
         }
     }
     if (start) {
-        pool_->workReady.notify_one();
+        WakeForLane(pool_);
     }
     return true;
+}
+
+thread_local int VirtualProcess::tHoldDepth_ = 0;
+thread_local std::vector<std::shared_ptr<VirtualProcess::Pool>> VirtualProcess::tHeldWakes_;
+
+void VirtualProcess::WakeForLane(const std::shared_ptr<Pool>& pool)
+{
+    if (tHoldDepth_ == 0) {
+        pool->workReady.notify_one();
+    } else if (std::find(tHeldWakes_.begin(), tHeldWakes_.end(), pool) == tHeldWakes_.end()) {
+        tHeldWakes_.push_back(pool);
+    }
+}
+
+VirtualProcess::HoldLaneWakes::HoldLaneWakes()
+{
+    ++tHoldDepth_;
+}
+
+VirtualProcess::HoldLaneWakes::~HoldLaneWakes()
+{
+    if (--tHoldDepth_ == 0) {
+        WakeHeldLanes();
+    }
+}
+
+void VirtualProcess::WakeHeldLanes()
+{
+    std::vector<std::shared_ptr<Pool>> held;
+    held.swap(tHeldWakes_);
+    for (const auto& pool : held) {
+        pool->workReady.notify_one();
+    }
 }
 
 void VirtualProcess::StartDrainLocked()

@@ -186,6 +186,24 @@ TEST(VirtualProcessTest, LaneTakesABurstInOneDrainInPostingOrder)
     EXPECT_EQ(journal.Threads(), 1u);
 }
 
+TEST(VirtualProcessTest, LaneWakesHeldByAThreadAreGivenWhenItsOutermostHoldEnds)
+{
+    auto app = MakeProcess(120, "app");
+    int key = 0;
+    // A thread of the process is up and idle, so only a wake-up can make it drain.
+    ASSERT_TRUE(app->PostInLane(&key, [] {}));
+    ASSERT_TRUE(WorkTracker::GetInstance().WaitQuiet(5s));
+    auto ran = std::make_shared<std::promise<void>>();
+    {
+        VirtualProcess::HoldLaneWakes outer;
+        {
+            VirtualProcess::HoldLaneWakes inner;
+            ASSERT_TRUE(app->PostInLane(&key, [ran] { ran->set_value(); }));
+        }
+    }
+    EXPECT_EQ(ran->get_future().wait_for(5s), std::future_status::ready);
+}
+
 TEST(VirtualProcessTest, LaneWorkThatBlocksLetsOtherKeysGoOnButNotItsOwn)
 {
     auto app = MakeProcess(108, "app");

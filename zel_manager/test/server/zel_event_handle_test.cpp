@@ -55,7 +55,7 @@ TEST_F(ZelEventHandleTest, TheSingletonRunsOnItsNamedRunnerAtLowPriorityWithItsC
         handle->PostEvent([] {}, "named", 20);
         handle->ExecuteAsyncTask([] {});
         for (const auto& task : handle->GetHandler()->GetPendingTasks()) {
-            pending.push_back(task.caller.file_ + " " + task.caller.func_ + ":" + task.name +
+            pending.push_back(std::string(task.caller.file_) + " " + task.caller.func_ + ":" + task.name +
                               (task.priority == EventHandler::Priority::LOW ? " low" : " not low"));
         }
     });

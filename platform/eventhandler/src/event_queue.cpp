@@ -5,6 +5,23 @@
 #include <utility>
 
 namespace Tarvo::AppExecFwk {
+namespace {
+// The poster and the runner hold the lock for a few map operations; waiting that out in the kernel
+// costs a sleep and a wake-up, far more than a short spin.
+std::unique_lock<std::mutex> LockQueue(std::mutex& mutex)
+{
+    constexpr int kSpins = 200;
+    for (int i = 0; i < kSpins; ++i) {
+        if (mutex.try_lock()) {
+            return std::unique_lock<std::mutex>(mutex, std::adopt_lock);
+        }
+#if defined(__x86_64__) || defined(__i386__)
+        __builtin_ia32_pause();
+#endif
+    }
+    return std::unique_lock<std::mutex>(mutex);
+}
+}  // namespace
 
 bool EventQueue::Key::operator<(const Key& other) const
 {
@@ -15,7 +32,7 @@ bool EventQueue::Insert(uint64_t handlerId, InnerEvent::Pointer event, PlatformC
 {
     bool wake = false;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        auto lock = LockQueue(mutex_);
         if (stopped_) {
             return false;
         }
@@ -87,11 +104,15 @@ bool EventQueue::IsStopped() const
 
 void EventQueue::Stop()
 {
-    Tasks dropped;
+    std::vector<Entry> dropped;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         stopped_ = true;
-        dropped.swap(tasks_);
+        dropped.reserve(tasks_.size());
+        for (auto& [key, entry] : tasks_) {
+            dropped.push_back(std::move(entry));
+        }
+        tasks_.clear();
         byName_.clear();
         if (turnState_ == TurnState::RESERVED) {
             Sequencer::Cancel(turn_);
@@ -174,7 +195,7 @@ EventQueue::Entry EventQueue::TakeFirstLocked()
 
 std::optional<EventQueue::Entry> EventQueue::WaitForDueTask()
 {
-    std::unique_lock<std::mutex> lock(mutex_);
+    auto lock = LockQueue(mutex_);
     for (;;) {
         if (stopped_) {
             return std::nullopt;

@@ -39,6 +39,7 @@ bool EventQueue::Insert(uint64_t handlerId, InnerEvent::Pointer event, PlatformC
         const Key key{due, priority, nextSequence_++};
         auto indexed = byName_.emplace(std::make_pair(handlerId, event->GetTaskName()), key);
         auto inserted = tasks_.emplace(key, Entry{std::nullopt, std::move(event), indexed}).first;
+        peakTasks_ = std::max(peakTasks_, tasks_.size());
         if (due <= countedThrough_) {
             inserted->second.work.emplace();
         }
@@ -57,6 +58,15 @@ void EventQueue::DropLocked(std::vector<Entry>& dropped, NameIndex::iterator fir
         dropped.push_back(std::move(tasks_.extract(it->second).mapped()));
     }
     byName_.erase(first, last);
+    TrimLocked();
+}
+
+void EventQueue::TrimLocked()
+{
+    if (tasks_.empty() && peakTasks_ > kKeptTasks) {
+        nodes_.release();
+        peakTasks_ = 0;
+    }
 }
 
 void EventQueue::Remove(uint64_t handlerId, const std::string& name)
@@ -114,6 +124,7 @@ void EventQueue::Stop()
         }
         tasks_.clear();
         byName_.clear();
+        TrimLocked();
         if (turnState_ == TurnState::RESERVED) {
             Sequencer::Cancel(turn_);
             turnState_ = TurnState::NONE;
@@ -190,6 +201,7 @@ EventQueue::Entry EventQueue::TakeFirstLocked()
 {
     Entry entry = std::move(tasks_.extract(tasks_.begin()).mapped());
     byName_.erase(entry.indexed);
+    TrimLocked();
     return entry;
 }
 

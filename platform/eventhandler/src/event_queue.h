@@ -15,7 +15,8 @@
 //    reserved when a task is due and the runner has none, by whoever made it due.
 //  - No task is run or destroyed with the lock held.
 //  - The index nodes come from a pool of the queue's own, used only under the lock, so the poster
-//    and the runner do not meet in malloc for every task. It keeps the nodes of the busiest moment.
+//    and the runner do not meet in malloc for every task. Once the queue is empty, a pool that
+//    held more than kKeptTasks tasks' nodes gives them back.
 
 #include <condition_variable>
 #include <cstdint>
@@ -74,8 +75,11 @@ private:
     // The runner's turn in sequenced virtual time.
     enum class TurnState { NONE, RESERVED, RUNNING };
 
+    static constexpr size_t kKeptTasks = 1024;
+
     void DropLocked(std::vector<Entry>& dropped, NameIndex::iterator first, NameIndex::iterator last);
     Entry TakeFirstLocked();
+    void TrimLocked();
     void CountDueLocked();
     bool HasDueLocked() const;
     // Reserves the runner's turn if a task is due and it has none; true if it did.
@@ -90,6 +94,8 @@ private:
     std::pmr::unsynchronized_pool_resource nodes_;
     Tasks tasks_{&nodes_};
     NameIndex byName_{&nodes_};
+    // The most tasks held since the pool last gave its nodes back.
+    size_t peakTasks_ = 0;
     uint64_t nextSequence_ = 0;
     // Every task due at or before this time is counted; tasks become due in key order.
     PlatformClock::time_point countedThrough_{PlatformClock::duration(-1)};

@@ -144,6 +144,26 @@ TEST_F(EventHandlerTest, RemoveAllEventsAndDestructionDropOnlyThatHandlersTasks)
     EXPECT_THAT(journal_.Entries(), ElementsAre("kept@10"));
 }
 
+// Past a size the queue gives its nodes back once it is empty; it must go on as before.
+TEST_F(EventHandlerTest, AQueueThatHeldThousandsOfTasksWorksOnOnceItHasEmptied)
+{
+    constexpr int kTasks = 3000;
+    int ran = 0;
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < kTasks; ++i) {
+            handler_->PostTask([&] { ++ran; }, i % 2 == 0 ? "even" : "odd " + std::to_string(i), 10);
+        }
+        handler_->RemoveTask("even");
+        ASSERT_TRUE(VirtualClock::AdvanceBy(10ms));
+        EXPECT_EQ(ran, (round + 1) * kTasks / 2);
+    }
+    handler_->PostTask(Note("later"), "later", 5);
+    handler_->PostTask(Note("sooner"), "sooner", 1);
+    handler_->RemoveTask("later");
+    ASSERT_TRUE(VirtualClock::AdvanceBy(5ms));
+    EXPECT_THAT(journal_.Entries(), ElementsAre("sooner@21"));
+}
+
 TEST_F(EventHandlerTest, SendEventRefusesWhatItCannotRun)
 {
     InnerEvent::Pointer null(nullptr, nullptr);

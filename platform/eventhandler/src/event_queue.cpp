@@ -37,13 +37,18 @@ bool EventQueue::Insert(uint64_t handlerId, InnerEvent::Pointer event, PlatformC
             return false;
         }
         const Key key{due, priority, nextSequence_++};
-        auto indexed = byName_.emplace(std::make_pair(handlerId, event->GetTaskName()), key);
-        auto inserted = tasks_.emplace(key, Entry{std::nullopt, std::move(event), indexed}).first;
+        // A new task mostly goes last by due time (time only moves on), often last by name too; a
+        // right hint saves the search, a wrong one costs only the search.
+        auto indexed = byName_.emplace_hint(byName_.end(), std::make_pair(handlerId, event->GetTaskName()), key);
+        auto inserted = tasks_.emplace_hint(tasks_.end(), key, Entry{std::nullopt, std::move(event), indexed});
         peakTasks_ = std::max(peakTasks_, tasks_.size());
-        if (due <= countedThrough_) {
+        const auto now = PlatformClock::now();
+        if (due <= std::max(countedThrough_, now)) {
             inserted->second.work.emplace();
+        } else {
+            nextUncounted_ = std::min(nextUncounted_, due);
         }
-        CountDueLocked();
+        CountDueLocked(now);
         wake = Sequencer::Enabled() ? OfferTurnLocked() : inserted == tasks_.begin();
     }
     if (wake) {
@@ -158,7 +163,7 @@ void EventQueue::OnTimeAdvanced()
     bool wake = false;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        CountDueLocked();
+        CountDueLocked(PlatformClock::now());
         wake = Sequencer::Enabled() ? OfferTurnLocked() : HasDueLocked();
     }
     if (wake) {
@@ -167,10 +172,13 @@ void EventQueue::OnTimeAdvanced()
 }
 
 // Tasks become due in key order as time moves on, so only those past the last count are new.
-void EventQueue::CountDueLocked()
+void EventQueue::CountDueLocked(PlatformClock::time_point now)
 {
-    const auto now = PlatformClock::now();
     if (now <= countedThrough_) {
+        return;
+    }
+    if (nextUncounted_ > now) {
+        countedThrough_ = now;
         return;
     }
     auto it = tasks_.lower_bound(Key{countedThrough_ + PlatformClock::duration(1), Priority::VIP, 0});
@@ -179,6 +187,7 @@ void EventQueue::CountDueLocked()
             it->second.work.emplace();
         }
     }
+    nextUncounted_ = it != tasks_.end() ? it->first.due : PlatformClock::time_point::max();
     countedThrough_ = now;
 }
 
@@ -212,7 +221,7 @@ std::optional<EventQueue::Entry> EventQueue::WaitForDueTask()
         if (stopped_) {
             return std::nullopt;
         }
-        CountDueLocked();
+        CountDueLocked(PlatformClock::now());
         if (Sequencer::Enabled()) {
             if (turnState_ != TurnState::RESERVED) {
                 changed_.wait(lock);

@@ -80,7 +80,7 @@ private:
     void DropLocked(std::vector<Entry>& dropped, NameIndex::iterator first, NameIndex::iterator last);
     Entry TakeFirstLocked();
     void TrimLocked();
-    void CountDueLocked();
+    void CountDueLocked(PlatformClock::time_point now);
     bool HasDueLocked() const;
     // Reserves the runner's turn if a task is due and it has none; true if it did.
     bool OfferTurnLocked();
@@ -99,6 +99,8 @@ private:
     uint64_t nextSequence_ = 0;
     // Every task due at or before this time is counted; tasks become due in key order.
     PlatformClock::time_point countedThrough_{PlatformClock::duration(-1)};
+    // No uncounted task falls due before this (it may be earlier than the first that does).
+    PlatformClock::time_point nextUncounted_ = PlatformClock::time_point::max();
     TurnState turnState_ = TurnState::NONE;
     Sequencer::Turn turn_ = Sequencer::kNoTurn;
     bool stopped_ = false;

@@ -90,7 +90,7 @@ def serve_rss(bin_dir):
                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
     try:
         if "serving" not in serve.stdout.readline():
-            return None, None
+            return None, None, None
         rss = settled_rss(lambda: [serve.pid] + descendants(serve.pid))
         hosts = [pid for pid in rss if command_line(pid)[1:3] == [b"process", b"host"]]
         if not hosts:
